@@ -1,0 +1,125 @@
+#include "log/log_file.hpp"
+
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+
+#include "packet/codes.hpp"
+#include "packet/fields.hpp"
+#include "output/out_file.hpp"
+#include "run/globals.hpp"
+
+namespace lm {
+
+namespace {
+
+const char* yes_no(unsigned v) { return v ? "YES" : "NO"; }
+
+const char* name_option_text(unsigned v) {
+  if (v == 0) return "Auto";
+  if (v == 1) return "Unit ID";
+  return "Station";
+}
+
+bool has_extension(std::uint16_t code) {
+  return code == kEH || code == kET || code == kDT || code == kNH || code == kNT;
+}
+
+}  // namespace
+
+void settings_lines(void (*emit)(void* ctx, const char* line), void* ctx, const char* nl) {
+  char line[512];
+  auto put = [&](const char* label, const char* value) {
+    std::snprintf(line, sizeof line, "%s%s : %s", nl, label, value);
+    emit(ctx, line);
+  };
+  char num[32];
+  std::snprintf(line, sizeof line, "%s%s     Input File : %s", nl, nl, G.FileIn);
+  emit(ctx, line);
+  put("       INI File", G.FileIni);
+  put("  Original Path", G.DirOrg);
+  put("    Output Path", G.DirOut);
+  std::snprintf(num, sizeof num, "%u", unsigned{G.Path_option});
+  put("    Path Option", num);
+  put("    Name Option", name_option_text(G.Name_option));
+  put("         Gather", yes_no(G.Flag_info.gather));
+  put("      trace Hdr", yes_no(G.Flag_info.trace_hdr));
+  put("     Log enable", yes_no(G.Log_on));
+  put("    Log DT Blks", yes_no(G.Log_dt));
+  put("       Log File", G.FileLog);
+  put("     QCC enable", yes_no(G.Qcc_on));
+  put("       QCC File", G.FileQcc);
+  std::snprintf(num, sizeof num, "%.4f", static_cast<double>(G.Smp_rate_cmd));
+  put("    Sample Rate", num);
+  std::snprintf(num, sizeof num, "%lu", static_cast<unsigned long>(G.Smp_limit));
+  put("    Max Samples", num);
+  std::snprintf(num, sizeof num, "%lu", static_cast<unsigned long>(G.Smp_skip));
+  put("   Skip Samples", num);
+}
+
+void Log_fhdr(OutFile& stream) {
+  stream.printf("%s - Version %s", Program, Version);
+  char when[32] = {};
+  if (!ctime_r(&G.Sys_time, when)) when[0] = '\0';
+  stream.printf("\r\nSystem time: %.24s", when);
+  settings_lines([](void* ctx, const char* line) { static_cast<OutFile*>(ctx)->write(line, std::strlen(line)); },
+                 &stream, "\r\n");
+  stream.printf("\r\n   Command Line : %s", G.Cmd_line);
+  stream.write("\r\n\r\n");
+}
+
+void log_head(OutFile& stream, const std::uint8_t* packet, std::uint16_t code, int) {
+  const HeaderDigits h(packet, true);
+  namespace d = hdr::digit;
+  const char mark = G.sign == 0 ? ' ' : (G.sign < 0 ? '-' : '+');
+  G.sign = 0;
+  stream.printf("%.2s%c%.2s:%.3s:%.2s:%.2s:%.2s.%.3s U:%04hX", hdr::kType.ptr(packet), mark, h.at(d::kYear),
+                h.at(d::kDay), h.at(d::kHour), h.at(d::kMinute), h.at(d::kSecond), h.at(d::kMilli),
+                hdr::kUnitId.value(packet));
+  if (has_extension(code)) {
+    stream.printf(" E:%4.4s D:%1.1u", h.at(d::kEvent), unsigned{hdr::kStream.value(packet)} + 1u);
+    if (code == kDT) {
+      // Channels past 'Z' (damaged BCD) show as '?'.
+      const unsigned c = unsigned{hdr::kChannel.value(packet)} + 1u;
+      const char ch = c <= 9 ? static_cast<char>('0' + c) : (c <= 35 ? static_cast<char>('A' + c - 10) : '?');
+      stream.printf(" C:%c S:%4.4d", ch, int{hdr::kSamples.value(packet)});
+    } else {
+      stream.write("           ");
+    }
+    stream.printf(" F:%2.2X", unsigned{hdr::kFormat.value(packet)});
+  } else {
+    stream.write("                           ");
+  }
+  stream.printf(" N:%.4s B:%010ld\r\n", h.at(d::kSequence), static_cast<long>(G.Blk_cnt));
+}
+
+void log_block(OutFile& stream, const std::uint8_t* packet, int kind) {
+  if (kind == 4) {
+    // The text lies in bytes 24 to 1023 at most; a byte count outside that range is bounded to it.
+    unsigned n = hdr::kByteCount.value(packet);
+    if (n < 24) n = 24;
+    if (n > kPacketSize) n = kPacketSize;
+    stream.write("     ");
+    for (unsigned i = 24; i < n; ++i) {
+      stream.put(static_cast<char>(packet[i]));
+      if (packet[i] == '\n') stream.write("     ");
+    }
+    const bool ends_lf = n > 24 && packet[n - 1] == '\n';
+    if (!ends_lf) {
+      if (!(n > 25 && packet[n - 2] == '\r')) stream.put('\r');
+      stream.put('\n');
+    }
+    stream.write("\r\n");
+  } else if (kind == 0) {
+    char line[72];
+    for (unsigned off = 0; off < kPacketSize; off += 16) {
+      hex_str(line, packet + off);
+      stream.printf("     %03X   %s\r\n", off, line);
+    }
+    stream.write("\r\n");
+  }
+}
+
+void log_fd(OutFile&, const std::uint8_t*) {}
+
+}  // namespace lm

@@ -1,0 +1,7 @@
+#include "model/event.hpp"
+
+namespace lm {
+
+void Evt_info(Evt*, const std::uint8_t*) {}
+
+}  // namespace lm

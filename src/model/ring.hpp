@@ -1,0 +1,57 @@
+#pragma once
+// One intrusive ring for units, events and channels: circular, doubly linked through the records'
+// own `prv` and `nxt`, no head; a cursor names the element used last.
+
+namespace lm {
+
+template <class T>
+void ring_init(T* n) {
+  n->prv = n;
+  n->nxt = n;
+}
+
+// Inserts n directly after `at`.
+template <class T>
+void ring_insert_after(T* at, T* n) {
+  n->prv = at;
+  n->nxt = at->nxt;
+  at->nxt->prv = n;
+  at->nxt = n;
+}
+
+// Takes n out of its ring; returns its predecessor, or null when n was alone.
+template <class T>
+T* ring_unlink(T* n) {
+  if (n->nxt == n) return nullptr;
+  T* before = n->prv;
+  n->prv->nxt = n->nxt;
+  n->nxt->prv = n->prv;
+  n->prv = n->nxt = n;
+  return before;
+}
+
+// Walks from `start` along nxt, start first, once round; the first element satisfying pred.
+template <class T, class Pred>
+T* ring_find(T* start, Pred pred) {
+  if (!start) return nullptr;
+  T* p = start;
+  do {
+    if (pred(p)) return p;
+    p = p->nxt;
+  } while (p != start);
+  return nullptr;
+}
+
+// Calls f on every element once, from `start` along nxt. f must not unlink elements.
+template <class T, class F>
+void ring_for_each(T* start, F f) {
+  if (!start) return;
+  T* p = start;
+  do {
+    T* next = p->nxt;
+    f(p);
+    p = next;
+  } while (p != start);
+}
+
+}  // namespace lm

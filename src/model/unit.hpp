@@ -1,0 +1,17 @@
+#pragma once
+#include <cstdint>
+
+#include "model/records.hpp"
+
+namespace lm {
+
+// The unit of a packet, created on first sight; makes its files the open ones. Never null.
+UNIT_T* Unit_find(const std::uint8_t* packet);
+// Names, opens and heads the unit's log (kind 0) or statistics file (kind 1).
+void Unit_file_create(UNIT_T* unit, const std::uint8_t* packet, int kind);
+// Closes the unit's log (kind 0, also the channel files of its current event) or statistics file (kind 1).
+void Unit_file_close(UNIT_T* unit, int kind);
+// Opens a unit file for appending; ends the run with the file-open error when it cannot.
+void open_file(OutFile& file, const char* path, const std::uint8_t* packet);
+
+}  // namespace lm

@@ -1,0 +1,29 @@
+#pragma once
+#include <cstdint>
+
+namespace lm {
+
+// Two characters per byte, high nibble first, each nibble + '0' (nibbles above 9 give ':' to '?').
+// Writes no terminating NUL.
+void unbcd(char* text, const std::uint8_t* bytes, std::uint16_t count);
+// Packed decimal to binary, kept modulo 65536; nibbles above 9 are not rejected.
+std::uint16_t bcd2i(const std::uint8_t* bytes, std::int16_t count);
+std::uint16_t bcdtoi(const std::uint8_t* bytes, std::uint16_t count);
+
+std::int16_t swap16(std::uint16_t value);
+std::uint32_t swap32(std::uint32_t value);
+// count bytes (2 or 4) read most significant first; any other count prints a message and gives 0.
+std::uint32_t reverse(const void* address, std::uint8_t count);
+
+// One 68-character hex dump line of 16 bytes into text (at least 69 bytes), NUL-terminated.
+void hex_str(char* text, const std::uint8_t* bytes);
+
+// Big-endian loads used by the decoders.
+inline std::uint32_t load_be32(const std::uint8_t* p) {
+  return (std::uint32_t{p[0]} << 24) | (std::uint32_t{p[1]} << 16) | (std::uint32_t{p[2]} << 8) | p[3];
+}
+inline std::uint16_t load_be16(const std::uint8_t* p) {
+  return static_cast<std::uint16_t>((p[0] << 8) | p[1]);
+}
+
+}  // namespace lm

@@ -1,0 +1,3 @@
+#include "run/cli.hpp"
+
+int main(int argc, char** argv) { return lm::run_main(argc, argv); }

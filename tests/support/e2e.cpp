@@ -1,0 +1,106 @@
+#include "support/e2e.hpp"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+namespace e2e {
+
+namespace fs = std::filesystem;
+
+TempDir::TempDir() {
+  std::string tmpl = (fs::temp_directory_path() / "lm_asc_test_XXXXXX").string();
+  if (!::mkdtemp(tmpl.data())) throw std::runtime_error("mkdtemp failed");
+  path_ = tmpl;
+}
+
+TempDir::~TempDir() {
+  std::error_code ec;
+  fs::remove_all(path_, ec);
+}
+
+RunResult run(const std::vector<std::string>& args, const std::string& cwd, const char* lmu,
+              const std::string& stdin_text) {
+  int out_pipe[2];
+  int in_pipe[2];
+  if (::pipe(out_pipe) != 0 || ::pipe(in_pipe) != 0) throw std::runtime_error("pipe failed");
+  const pid_t pid = ::fork();
+  if (pid == 0) {
+    ::dup2(out_pipe[1], 1);
+    ::dup2(in_pipe[0], 0);
+    ::close(out_pipe[0]);
+    ::close(out_pipe[1]);
+    ::close(in_pipe[0]);
+    ::close(in_pipe[1]);
+    if (::chdir(cwd.c_str()) != 0) ::_exit(127);
+    if (lmu) ::setenv("LMU", lmu, 1); else ::unsetenv("LMU");
+    std::vector<char*> argv;
+    std::string bin = LM_ASC_BIN;
+    argv.push_back(bin.data());
+    std::vector<std::string> copy = args;
+    for (auto& a : copy) argv.push_back(a.data());
+    argv.push_back(nullptr);
+    ::execv(bin.c_str(), argv.data());
+    ::_exit(127);
+  }
+  ::close(out_pipe[1]);
+  ::close(in_pipe[0]);
+  if (!stdin_text.empty()) {
+    const ssize_t w = ::write(in_pipe[1], stdin_text.data(), stdin_text.size());
+    (void)w;
+  }
+  ::close(in_pipe[1]);
+  RunResult r;
+  char buf[65536];
+  for (;;) {
+    const ssize_t n = ::read(out_pipe[0], buf, sizeof buf);
+    if (n <= 0) break;
+    r.out.append(buf, static_cast<std::size_t>(n));
+  }
+  ::close(out_pipe[0]);
+  int st = 0;
+  ::waitpid(pid, &st, 0);
+  r.status = WIFEXITED(st) ? WEXITSTATUS(st) : 128 + WTERMSIG(st);
+  return r;
+}
+
+std::string read_file(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream ss;
+  ss << in.rdbuf();
+  return ss.str();
+}
+
+bool exists(const std::string& path) { return fs::exists(path); }
+
+void write_packets(const std::string& path, const std::vector<pktkit::Packet>& packets) {
+  std::vector<std::uint8_t> bytes;
+  for (const auto& p : packets) pktkit::append(bytes, p);
+  if (!pktkit::write_file(path, bytes)) throw std::runtime_error("cannot write " + path);
+}
+
+std::string mask_time(std::string text) {
+  const std::string key = "System time: ";
+  for (std::size_t at = text.find(key); at != std::string::npos; at = text.find(key, at + 1)) {
+    const std::size_t from = at + key.size();
+    const std::size_t end = text.find('\r', from);
+    text.replace(from, (end == std::string::npos ? text.size() : end) - from, "<time>");
+  }
+  return text;
+}
+
+std::vector<std::string> list_files(const std::string& dir) {
+  std::vector<std::string> names;
+  for (const auto& e : fs::recursive_directory_iterator(dir))
+    if (e.is_regular_file()) names.push_back(fs::relative(e.path(), dir).string());
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+}  // namespace e2e

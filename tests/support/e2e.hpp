@@ -1,0 +1,41 @@
+#pragma once
+// End-to-end kit: a fresh temporary directory per test, the real binary run in it, whole files read back.
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "pktkit/packet_builder.hpp"
+
+namespace e2e {
+
+struct RunResult {
+  int status = -1;
+  std::string out;  // standard output
+};
+
+class TempDir {
+ public:
+  TempDir();
+  ~TempDir();
+  const std::filesystem::path& path() const { return path_; }
+  std::string str() const { return path_.string(); }
+  std::string operator/(const std::string& name) const { return (path_ / name).string(); }
+
+ private:
+  std::filesystem::path path_;
+};
+
+// Runs the converter with the arguments in `cwd`; environment LMU set when `lmu` is not null.
+RunResult run(const std::vector<std::string>& args, const std::string& cwd, const char* lmu = nullptr,
+              const std::string& stdin_text = "");
+
+std::string read_file(const std::string& path);
+bool exists(const std::string& path);
+// Writes packets to a file.
+void write_packets(const std::string& path, const std::vector<pktkit::Packet>& packets);
+// Replaces the wall-clock text of "System time: ..." lines by a fixed marker.
+std::string mask_time(std::string text);
+// Names of the regular files below dir (relative, sorted).
+std::vector<std::string> list_files(const std::string& dir);
+
+}  // namespace e2e
