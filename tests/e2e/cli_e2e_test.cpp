@@ -1,0 +1,212 @@
+// Command line, run set-up and the failure table, through the real binary.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "support/e2e.hpp"
+
+namespace {
+
+using e2e::run;
+using e2e::TempDir;
+
+const std::string kBanner = "\nLM_ASC - Version mrg02   ";
+
+std::string usage_text() {
+  return "\r\n\nPurpose:"
+         "\r\n   Reads a file containing TERVEL data packets and converts"
+         "\r\n   the data to LUMARA ASCII format."
+         "\r\n\nUsage:"
+         "\r\n   LM_ASC [switches] sourceFile [output_path] [switches]"
+         "\r\n\n Switches               Description                               Default    "
+         "\r\n ----------------------------------------------------------------------------"
+         "\r\n   -Dc     DT  LOG  output: Y, +, N or -                          (NO)"
+         "\r\n   -Gc     output Gathered file: Y, +, N or -                     (NO)"
+         "\r\n   -Hc     output trace Header: Y, +, N or -                      (YES)"
+         "\r\n   -Lc     LOG File output: Y, +, N or -                          (YES)"
+         "\r\n   -Nc     file Name option:                                      (Auto)"
+         "\r\n             0/- = use Station Name when present, else use Unit ID"
+         "\r\n             1/I = always use Unit ID"
+         "\r\n             2/S = always use Station Name"
+         "\r\n   -Pn     output Path levels                                     (0)"
+         "\r\n             0 = no additional subdirectories"
+         "\r\n             1 = one subdirectory level:  YYYY_DDD"
+         "\r\n             2 = two subdirectory levels: YYYY_DDD/HH"
+         "\r\n             3 = two subdirectory levels: YYYY_DDD/HH_MM"
+         "\r\n             4 = two subdirectory levels: YYYY_DDD/HH_MM_SS"
+         "\r\n   -Qc     QCC File output: Y, +, N or -                          (NO)"
+         "\r\n   -Rn     sample Rate (if not found in the data)                 (100)"
+         "\r\n   -Sn     Sample count per channel per event                     (4294967295)"
+         "\r\n   -Tn     Trash n samples from each event                        (0)"
+         "\r\n   -Vc     Verbose message output: Y, +, N or -                   (ENABLED)"
+         "\r\n\nSwitches may appear anywhere on the command line."
+         "\r\nArguments and switches are NOT case sensitive."
+         "\r\n";
+}
+
+class Cli : public testing::Test {
+ protected:
+  TempDir tmp;
+  std::string empty_input() {
+    const std::string p = tmp / "empty.pkt";
+    e2e::write_packets(p, {});
+    return p;
+  }
+};
+
+TEST_F(Cli, UsageErrorsPrintTheUsageAndExit2BeforeAnyFileIsMade) {
+  const std::string in = empty_input();
+  const std::vector<std::vector<std::string>> cases = {
+      {}, {"-D", in}, {"-DX", in}, {"-P5", in}, {"-P-1", in}, {"?", in}, {in, "?x"}, {in, tmp.str(), "third"},
+      {"-", in}, {"-?", in}, {"-Z", in}, {"-1", in}, {"-G", in}, {"-GX", in}, {"-N3", in}, {"-NX", in},
+      {"-H", in}, {"-LY"}, {"-V?", in},
+  };
+  for (const auto& args : cases) {
+    const auto r = run(args, tmp.str());
+    EXPECT_EQ(r.status, 2) << testing::PrintToString(args);
+    EXPECT_EQ(r.out, kBanner + usage_text()) << testing::PrintToString(args);
+  }
+  EXPECT_EQ(e2e::list_files(tmp.str()), std::vector<std::string>{"empty.pkt"});
+}
+
+TEST_F(Cli, UsageShowsTheCurrentSkipCount) {
+  const auto r = run({"-T7", "-DX", empty_input()}, tmp.str());
+  EXPECT_EQ(r.status, 2);
+  EXPECT_NE(r.out.find("(7)\r\n   -Vc"), std::string::npos);
+}
+
+// The echo line for a label, as printed on the console.
+std::string echo_value(const std::string& out, const std::string& label) {
+  const std::string key = label + " : ";
+  const auto at = out.find(key);
+  if (at == std::string::npos) return "<missing>";
+  const auto end = out.find('\n', at);
+  return out.substr(at + key.size(), end - at - key.size());
+}
+
+TEST_F(Cli, SwitchValuesAsEchoed) {
+  const std::string in = empty_input();
+  const struct {
+    std::vector<std::string> switches;
+    std::string label, want;
+  } cases[] = {
+      {{"-dy"}, "Log DT Blks", "YES"},     {{"-DY"}, "Log DT Blks", "YES"},
+      {{"-D+"}, "Log DT Blks", "YES"},     {{"-DYes"}, "Log DT Blks", "YES"},
+      {{"-dy", "-d-"}, "Log DT Blks", "NO"},
+      {{"-Pabc"}, "Path Option", "0"},     {{"-P4"}, "Path Option", "4"},
+      {{"-S0x10"}, "Max Samples", "16"},   {{"-S010"}, "Max Samples", "8"},
+      {{"-S-1"}, "Max Samples", "4294967295"}, {{"-S99999999999"}, "Max Samples", "4294967295"},
+      {{"-S"}, "Max Samples", "0"},        {{"-T 25"}, "Skip Samples", "25"},
+      {{"-S-5"}, "Max Samples", "4294967291"},
+      {{"-R50"}, "Sample Rate", "50.0000"}, {{"-R1/ 4"}, "Sample Rate", "0.2500"},
+      {{"-R"}, "Sample Rate", "0.0000"},
+      {{"-GE"}, "Gather", "YES"},          {{"-gr"}, "Gather", "YES"},  {{"-GS"}, "Gather", "YES"},
+      {{"-HN"}, "trace Hdr", "NO"},        {{"-G+", "-HN"}, "trace Hdr", "YES"},
+      {{"-HN", "-G+"}, "trace Hdr", "YES"}, {{"-G+", "-GN", "-HN"}, "trace Hdr", "NO"},
+      {{"-N1"}, "Name Option", "Unit ID"}, {{"-Ni"}, "Name Option", "Unit ID"},
+      {{"-NS"}, "Name Option", "Station"}, {{"-N-"}, "Name Option", "Auto"},
+      {{"-LN"}, "Log enable", "NO"},       {{"-Q+"}, "QCC enable", "YES"},
+      {{"-F-anything"}, "Gather", "NO"},
+  };
+  for (const auto& c : cases) {
+    std::vector<std::string> args = c.switches;
+    args.push_back(in);
+    args.push_back(tmp.str());
+    const auto r = run(args, tmp.str());
+    EXPECT_EQ(r.status, 1) << testing::PrintToString(args);
+    EXPECT_EQ(echo_value(r.out, c.label), c.want) << testing::PrintToString(args);
+  }
+}
+
+TEST_F(Cli, BaseNamesAndOutputDirectory) {
+  std::filesystem::create_directories(tmp / "data.d/raw");
+  std::filesystem::create_directories(tmp / "out");
+  for (const char* name : {"run.01.pkt", "day", "data.d/raw/day"}) e2e::write_packets(tmp / name, {});
+  const struct {
+    std::string in, want;
+  } cases[] = {{tmp / "run.01.pkt", "run.01"}, {"./day", "day"}, {"data.d/raw/day", "day"}};
+  for (const auto& c : cases) {
+    const auto r = run({c.in, "out"}, tmp.str());
+    EXPECT_EQ(echo_value(r.out, "      TEMP File"), c.want);
+    EXPECT_EQ(echo_value(r.out, "       Log File"), "out/" + c.want + ".lml");
+    EXPECT_EQ(echo_value(r.out, "       QCC File"), "out/" + c.want + ".qcc");
+    EXPECT_TRUE(e2e::exists(tmp / ("out/" + c.want + ".lml")));
+  }
+  // With or without the trailing slash, and the working directory by default.
+  EXPECT_EQ(echo_value(run({"day", "out/"}, tmp.str()).out, "    Output Path"), "out/");
+  EXPECT_EQ(echo_value(run({"day", "out"}, tmp.str()).out, "    Output Path"), "out/");
+  const auto r = run({"-Q+", "day"}, tmp.str());
+  EXPECT_EQ(echo_value(r.out, "    Output Path"), tmp.str() + "/");
+  EXPECT_EQ(echo_value(r.out, "  Original Path"), tmp.str());
+  EXPECT_TRUE(e2e::exists(tmp / "day.qcc"));
+}
+
+TEST_F(Cli, IniFileLookup) {
+  const std::string in = empty_input();
+  const std::string bin_dir = std::filesystem::path(LM_ASC_BIN).parent_path().string();
+  EXPECT_EQ(echo_value(run({in}, tmp.str()).out, "       INI File"),
+            bin_dir + "/lmu.ini - not found; using defaults");
+  e2e::write_packets(tmp / "lmu.ini", {});
+  EXPECT_EQ(echo_value(run({in}, tmp.str()).out, "       INI File"), tmp.str() + "/lmu.ini");
+  const std::string custom = tmp / "custom.ini";
+  EXPECT_EQ(echo_value(run({in}, tmp.str(), custom.c_str()).out, "       INI File"),
+            custom + " - not found; using defaults");
+  e2e::write_packets(custom, {});
+  EXPECT_EQ(echo_value(run({in}, tmp.str(), custom.c_str()).out, "       INI File"), custom);
+}
+
+TEST_F(Cli, EmptyInputEndsWithStatus1AndAHeaderOnlyRunLog) {
+  std::filesystem::create_directories(tmp / "out");
+  const std::string in = empty_input();
+  const auto r = run({in, "out", "-Q+"}, tmp.str());
+  EXPECT_EQ(r.status, 1);
+  const std::string echo =
+      "\n\n     Input File : " + in + "\n       INI File : " + std::filesystem::path(LM_ASC_BIN).parent_path().string() +
+      "/lmu.ini - not found; using defaults\n  Original Path : " + tmp.str() +
+      "\n    Output Path : out/\n    Path Option : 0\n    Name Option : Auto\n         Gather : NO"
+      "\n      trace Hdr : YES\n     Log enable : YES\n    Log DT Blks : NO\n       Log File : out/empty.lml"
+      "\n     QCC enable : YES\n       QCC File : out/empty.qcc\n    Sample Rate : 100.0000"
+      "\n    Max Samples : 4294967295\n   Skip Samples : 0\n      TEMP File : empty"
+      "\n\nPress CTRL-BRK or CTRL-C to abort.\n";
+  EXPECT_EQ(r.out, kBanner + echo);
+  const std::string settings = echo.substr(0, echo.find("\n      TEMP File"));
+  std::string crlf = "LM_ASC - Version mrg02   \r\nSystem time: <time>";
+  for (char ch : settings) crlf += ch == '\n' ? std::string("\r\n") : std::string(1, ch);
+  crlf += "\r\n   Command Line : " + std::string(LM_ASC_BIN) + " " + in + " out -Q+\r\n\r\n";
+  EXPECT_EQ(e2e::mask_time(e2e::read_file(tmp / "out/empty.lml")), crlf);
+  EXPECT_EQ(e2e::mask_time(e2e::read_file(tmp / "out/empty.qcc")), crlf + "\r\n\r\n");
+}
+
+TEST_F(Cli, FatalSetUpFailures) {
+  const std::string in = empty_input();
+  auto r = run({in, "no/such/dir"}, tmp.str());
+  EXPECT_EQ(r.status, 10);
+  EXPECT_EQ(r.out, kBanner + "\nUnable to change to directory 'no/such/dir'");
+
+  // A path longer than its buffer is refused as a file that cannot be opened, before any file is made.
+  const std::string long_in = tmp.str() + "/" + std::string(140, 'a') + ".pkt";
+  r = run({long_in}, tmp.str());
+  EXPECT_EQ(r.status, 20);
+  EXPECT_EQ(r.out, kBanner + "\nFile open error for '" + long_in + "'");
+  std::filesystem::create_directories(tmp / std::string(125, 'd'));
+  r = run({in, std::string(125, 'd')}, tmp.str());
+  EXPECT_EQ(r.status, 20);
+  EXPECT_EQ(r.out, kBanner + "\nFile open error for '" + std::string(125, 'd') + "/empty.lml'");
+
+  // The input is a directory: reading it fails.
+  std::filesystem::create_directories(tmp / "dir.pkt");
+  r = run({"dir.pkt", "-LN"}, tmp.str());
+  EXPECT_EQ(r.status, 21);
+  EXPECT_TRUE(r.out.ends_with("\nFile read error for 'dir.pkt'")) << r.out;
+}
+
+TEST_F(Cli, RunLogThatCannotBeOpenedEndsWithStatus20) {
+  std::filesystem::create_directories(tmp / "empty.lml");  // a directory where the run log should go
+  const auto r = run({empty_input()}, tmp.str());
+  EXPECT_EQ(r.status, 20);
+  EXPECT_TRUE(r.out.ends_with("\nFile open error for '" + tmp.str() + "/empty.lml'")) << r.out;
+}
+
+}  // namespace

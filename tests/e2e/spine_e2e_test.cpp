@@ -1,0 +1,112 @@
+// The packet loop as a user sees it: progress display, run-log lines, partial packets.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "support/e2e.hpp"
+
+namespace {
+
+using e2e::run;
+using e2e::TempDir;
+using pktkit::Packet;
+
+const std::string kVerboseStart =
+    "\r\n\nBlock     Type      Unit      Event     Stream    Channel   Trg   Rate"
+    "\r\n\n    0       -          -          -          -          -     -      -";
+
+// What the run printed after its settings echo.
+std::string after_echo(const std::string& out) {
+  const std::string key = "Press CTRL-BRK or CTRL-C to abort.\n";
+  const auto at = out.find(key);
+  return at == std::string::npos ? "<no echo>" : out.substr(at + key.size());
+}
+
+// The run log without its header.
+std::string log_lines(const std::string& log) {
+  const auto at = log.find("   Command Line : ");
+  return log.substr(log.find("\r\n\r\n", at) + 4);
+}
+
+Packet text_packet(const char* type, std::uint16_t unit, unsigned seq) {
+  Packet p = pktkit::make_header(type, unit, {9, 45, 1, 2, 3, 456}, seq);
+  return p;
+}
+
+TEST(Spine, PartialPacketsAreDropped) {
+  TempDir tmp;
+  for (std::size_t size : {1u, 1023u}) {
+    pktkit::write_file(tmp / "in.pkt", std::vector<std::uint8_t>(size, 'S'));
+    const auto r = run({"in.pkt"}, tmp.str());
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(after_echo(r.out), kVerboseStart + "\r\n");
+  }
+  std::vector<std::uint8_t> bytes;
+  pktkit::append(bytes, text_packet("SH", 0x1234, 7));
+  bytes.resize(2047, 'D');
+  pktkit::write_file(tmp / "in.pkt", bytes);
+  const auto r = run({"in.pkt", "-S0"}, tmp.str());
+  EXPECT_EQ(r.status, 0);
+  EXPECT_EQ(after_echo(r.out), kVerboseStart + "\r00001       SH      1234          -          -          -   \r\n");
+  EXPECT_EQ(log_lines(e2e::read_file(tmp / "in.lml")),
+            "SH 09:045:01:02:03.456 U:1234                            N:0007 B:0000000000\r\n");
+}
+
+TEST(Spine, VerboseLinesAndRunLogForEveryType) {
+  TempDir tmp;
+  std::vector<Packet> pkts;
+  for (const char* t : {"SC", "DS", "CD", "OM", "AD", "DR", "FD"}) pkts.push_back(text_packet(t, 0x00AB, 1));
+  pkts.push_back(text_packet("zz", 0x00AB, 2));  // unknown: skipped silently, still counted
+  Packet nh = text_packet("NH", 0x00AB, 3);
+  pktkit::put_ext(nh, 12, 0, 0, 0, 0, 0);
+  pkts.push_back(nh);
+  Packet dt = pktkit::make_header("DT", 0x00AB, {9, 45, 1, 2, 3, 456}, 4);
+  pktkit::put_ext(dt, 12, 1, 4, 0, 0, 0x15);  // a data format that is not decoded
+  pkts.push_back(dt);
+  Packet sh = text_packet("SH", 0x00AB, 5);
+  pkts.push_back(sh);
+  e2e::write_packets(tmp / "in.pkt", pkts);
+
+  const auto r = run({"in.pkt", "-S0"}, tmp.str());
+  EXPECT_EQ(r.status, 0);
+  std::string want = kVerboseStart;
+  const char* plain[] = {"SC", "DS", "CD", "OM", "AD", "DR", "FD"};
+  for (int i = 0; i < 7; ++i)
+    want += "\r0000" + std::to_string(i + 1) + "       " + plain[i] + "         -          -          -          -   ";
+  want += "\r00009       NH      00AB       0012          -          -    ";
+  want += "\r00010       DT      00AB       0012         02         05   ";
+  want += "\r00011       SH      00AB          -          -          -   ";
+  want += "\r\n";
+  EXPECT_EQ(after_echo(r.out), want);
+
+  std::string log;
+  for (int i = 0; i < 7; ++i)
+    log += std::string(plain[i]) + " 09:045:01:02:03.456 U:00AB                            N:0001 B:000000000" +
+           std::to_string(i) + "\r\n";
+  log += "NH 09:045:01:02:03.456 U:00AB E:0012 D:1            F:00 N:0003 B:0000000008\r\n";
+  log += "DT 09:045:01:02:03.456 U:00AB E:0012 D:2 C:5 S:0000 F:15 N:0004 B:0000000009\r\n";
+  log += "SH 09:045:01:02:03.456 U:00AB                            N:0005 B:0000000010\r\n";
+  EXPECT_EQ(log_lines(e2e::read_file(tmp / "in.lml")), log);
+}
+
+TEST(Spine, MegabyteCounterWhenNotVerbose) {
+  TempDir tmp;
+  std::vector<Packet> pkts(1025, text_packet("FD", 1, 1));
+  e2e::write_packets(tmp / "in.pkt", pkts);
+  const auto r = run({"in.pkt", "-VN", "-LN"}, tmp.str());
+  EXPECT_EQ(r.status, 0);
+  EXPECT_EQ(after_echo(r.out), "\r\n\nMeg:     0\rMeg:    0\rMeg:    1\r\n");
+  EXPECT_FALSE(e2e::exists(tmp / "in.lml"));
+}
+
+TEST(Spine, LoggingOffWritesNoLogAnywhere) {
+  TempDir tmp;
+  Packet dt = pktkit::make_dt16(0x0042, {9, 45, 1, 2, 3, 456}, 1, 1, 0, 0, {1, 2, 3});
+  e2e::write_packets(tmp / "in.pkt", {text_packet("SH", 0x0042, 1), dt});
+  const auto r = run({"in.pkt", "-LN", "-DY", "-S0"}, tmp.str());
+  EXPECT_EQ(r.status, 0);
+  for (const auto& f : e2e::list_files(tmp.str())) EXPECT_FALSE(f.ends_with(".lml")) << f;
+}
+
+}  // namespace

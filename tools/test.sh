@@ -1,0 +1,11 @@
+#!/usr/bin/env bash
+# Builds and runs the whole test suite twice: a plain build, then under AddressSanitizer and UBSan.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+bash tools/bootstrap.sh
+cmake -S . -B build -DCMAKE_BUILD_TYPE=RelWithDebInfo
+cmake --build build -j2
+ctest --test-dir build --output-on-failure -j2
+cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DLM_SANITIZE=ON
+cmake --build build-asan -j2
+ASAN_OPTIONS=detect_leaks=0 ctest --test-dir build-asan --output-on-failure -j2
