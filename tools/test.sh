@@ -8,4 +8,4 @@ cmake --build build -j2
 ctest --test-dir build --output-on-failure -j2
 cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DLM_SANITIZE=ON
 cmake --build build-asan -j2
-ASAN_OPTIONS=detect_leaks=0 ctest --test-dir build-asan --output-on-failure -j2
+ctest --test-dir build-asan --output-on-failure -j2
