@@ -1,0 +1,43 @@
+// Whole runs in-process: fatal ends come back as statuses and the state is fresh for the next run.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "run/cli.hpp"
+#include "run/globals.hpp"
+#include "support/e2e.hpp"
+
+namespace {
+
+int run_in_process(std::vector<std::string> args, std::string* out = nullptr) {
+  std::vector<char*> argv;
+  static char name[] = "lm_asc";
+  argv.push_back(name);
+  for (auto& a : args) argv.push_back(a.data());
+  testing::internal::CaptureStdout();
+  const int status = lm::run_main(static_cast<int>(argv.size()), argv.data());
+  const std::string text = testing::internal::GetCapturedStdout();
+  if (out) *out = text;
+  return status;
+}
+
+TEST(RunMain, StatusesComeBackAndSettingsStartFresh) {
+  e2e::TempDir tmp;
+  const std::string in = tmp / "in.pkt";
+  e2e::write_packets(in, {pktkit::make_header("FD", 1, {}, 1)});
+
+  EXPECT_EQ(run_in_process({"-S5", "-T2", "-DX", in}), 2);
+  EXPECT_EQ(run_in_process({in, tmp / "missing"}), 10);
+  std::string out;
+  EXPECT_EQ(run_in_process({in, tmp.str(), "-LN"}, &out), 0);
+  EXPECT_NE(out.find("Max Samples : 4294967295"), std::string::npos) << "an earlier run's -S leaked";
+  EXPECT_NE(out.find("Skip Samples : 0"), std::string::npos);
+  EXPECT_EQ(lm::G.unit_start, nullptr);
+  EXPECT_EQ(lm::G.FdIn, nullptr);
+  EXPECT_FALSE(lm::G.FdLog.is_open());
+  EXPECT_EQ(run_in_process({in, tmp.str()}), 0);
+  EXPECT_TRUE(e2e::exists(tmp / "in.lml"));
+}
+
+}  // namespace
