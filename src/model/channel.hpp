@@ -5,6 +5,9 @@
 
 namespace lm {
 
+// Above this many open trace files, one other file of the same event is closed before an open.
+inline constexpr std::uint16_t kOpenFilesMax = 32;
+
 // The channel of a DT packet within its event, created with its trace file on first sight.
 CHNLST_T* Chn_find(Evt* evt, const std::uint8_t* packet);
 // Opens the channel's trace file when it is not open; returns file_open.

@@ -1,9 +1,120 @@
+#include <strings.h>
+
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <string_view>
+
+#include "config/ini.hpp"
+#include "config/tables.hpp"
 #include "model/channel.hpp"
+#include "output/names.hpp"
+#include "qc/qcc.hpp"
+#include "run/exit.hpp"
+#include "run/globals.hpp"
 
 namespace lm {
+namespace {
 
-CHNLST_T* Chn_create(Evt*, std::uint16_t, std::uint16_t, std::uint16_t, const char*) { return nullptr; }
-void Chn_ehet(CHNLST_T*) {}
-std::uint16_t Sensor_find(CHNLST_T*) { return 41; }
+// Volts of a full-scale code; a blank keeps the value in force.
+double full_scale(char code, double keep) {
+  switch (code) {
+    case ' ': return keep;
+    case '1': return 3.75;
+    case '2': return 5.0;
+    case '3': return 10.0;
+    case '4': return 20.0;
+    default: return 10.0;
+  }
+}
+
+// Reads a number with a scanf format from a column entry copied into a terminated buffer, so the
+// conversion never runs into the next channel's entry.
+void scan_entry(std::string_view entry, const char* format, double& value) {
+  char text[9] = {};
+  std::memcpy(text, entry.data(), entry.size() < 8 ? entry.size() : 8);
+  std::sscanf(text, format, &value);
+}
+
+}  // namespace
+
+void Chn_ehet(CHNLST_T* chn) {
+  const Evt& e = *chn->evt;
+  const std::uint16_t n = chn->channel;
+
+  std::string_view weight = chn_entry(e, chn_col::kTruWght, n);
+  if (weight[0] == ' ') weight = chn_entry(e, chn_col::kBitWght, n);
+  if (weight[0] != ' ') {
+    scan_entry(weight, "%5lf", chn->tbw);
+    // The metric prefix stands after the five characters of number and a blank ("1.589 uV").
+    switch (weight[6]) {
+      case 'n': chn->tbw /= 1000.0; [[fallthrough]];
+      case 'u': chn->tbw /= 1000.0; [[fallthrough]];
+      case 'm': chn->tbw /= 1000.0; break;
+      default: break;
+    }
+  }
+
+  const int gain = chn_entry(e, chn_col::kGain, n)[0] - '0';
+  if (gain >= 0 && gain <= 15) chn->gain_ndx = static_cast<std::uint8_t>(gain);
+
+  const int res = chn_entry(e, chn_col::kR, n)[0] - '0';
+  if (res >= 1 && res <= 4) chn->bits = static_cast<std::uint8_t>(8 * res);
+
+  chn->chn_fsa = full_scale(chn_entry(e, chn_col::kFSV, n)[0], chn->chn_fsa);
+
+  const std::string_view seed = chn_entry(e, chn_col::kSEED, n);
+  if (seed[0] != ' ') chn->band = seed[0];
+  if (seed[1] != ' ') chn->type = seed[1];
+  if (seed[2] != ' ') chn->axis = seed[2];
+
+  chn->sns_fsa = full_scale(chn_entry(e, chn_col::kSFSV, n)[0], chn->sns_fsa);
+
+  const std::string_view svpu = chn_entry(e, chn_col::kSVPU, n);
+  if (svpu[0] != ' ') scan_entry(svpu, "%6lf", chn->vpu);
+}
+
+std::uint16_t Sensor_find(CHNLST_T* chn) {
+  for (std::uint16_t i = 0; i < kSensorRows; ++i) {
+    const SensorInfo& row = Sensor[i];
+    if (strncasecmp(row.make, chn->make, std::strlen(row.make)) == 0 &&
+        strncasecmp(row.model, chn->model, std::strlen(row.model)) == 0)
+      return i;
+  }
+  return kSensorRows;
+}
+
+CHNLST_T* Chn_create(Evt* evt, std::uint16_t channel, std::uint16_t evt_num, std::uint16_t stream,
+                     const char* time) {
+  std::unique_ptr<CHNLST_T> chn(new (std::nothrow) CHNLST_T{});
+  if (!chn) {
+    std::printf(" Out of Heap allocating CHNLST_T pointer");
+    run_exit(40);
+  }
+  chn->unit = evt->unit;
+  chn->unit_id = evt->unit_id;
+  chn->evt = evt;
+  if (const UNIT_T* u = evt->unit) {
+    chn->lat = u->lat;
+    chn->lon = u->lon;
+    chn->alt = u->alt;
+  }
+  chn->trash = G.Smp_skip;
+  chn->evt_num = evt_num;
+  chn->stream = stream;
+  chn->channel = channel;
+  chn->band = ' ';
+  chn->type = ' ';
+  chn->axis = Axis[channel % 6];
+  chn->bits = 24;
+
+  Qcc_init(chn.get());
+  Chn_ini(chn.get());
+  Chn_ehet(chn.get());
+
+  Asc_chn_name(chn.get(), time);
+  return chn.release();
+}
 
 }  // namespace lm

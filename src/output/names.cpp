@@ -1,7 +1,125 @@
 #include "output/names.hpp"
 
-namespace lm {
+#include <cstdio>
+#include <cstring>
+#include <string_view>
 
-const char* Asc_evt_name(Evt* evt) { return evt->evt_file_name; }
+#include "run/exit.hpp"
+#include "run/file_util.hpp"
+#include "run/globals.hpp"
+#include "run/shut_down.hpp"
+#include "time/time_str.hpp"
+
+namespace lm {
+namespace {
+
+// A time string cut to at most 16 characters in a buffer of its own, so that the field slices
+// below never read past it even when the text is short.
+struct TimeCopy {
+  char t[kTimeLen + 1] = {};
+  explicit TimeCopy(const char* time) {
+    for (int i = 0; i < kTimeLen && time[i] != '\0'; ++i) t[i] = time[i];
+  }
+};
+
+// What snprintf wrote; an output error counts as a text that does not fit.
+std::size_t written(int n) { return n < 0 ? kPathRoom : static_cast<std::size_t>(n); }
+
+// The run ends with the file-open error when a path does not fit its record.
+[[noreturn]] void too_long(const char* path) { shut_down(20, path); }
+
+}  // namespace
+
+std::size_t out_dir(char* out, std::size_t cap, const char* time) {
+  const TimeCopy c(time);
+  const char* t = c.t;
+  const char* s = Dir_sep;
+  int n = -1;
+  switch (G.Path_option) {
+    case 1: n = std::snprintf(out, cap, "%s%4.4s_%3.3s%s", G.DirOut, t, t + 4, s); break;
+    case 2: n = std::snprintf(out, cap, "%s%4.4s_%3.3s%s%2.2s%s", G.DirOut, t, t + 4, s, t + 7, s); break;
+    case 3:
+      n = std::snprintf(out, cap, "%s%4.4s_%3.3s%s%2.2s_%2.2s%s", G.DirOut, t, t + 4, s, t + 7, t + 9, s);
+      break;
+    case 4:
+      n = std::snprintf(out, cap, "%s%4.4s_%3.3s%s%2.2s_%2.2s_%2.2s%s", G.DirOut, t, t + 4, s, t + 7, t + 9,
+                        t + 11, s);
+      break;
+    default: n = std::snprintf(out, cap, "%s", G.DirOut); break;
+  }
+  return written(n);
+}
+
+void name_part(const Evt& evt, char (&out)[6]) {
+  const std::string_view station(evt.stn_name, strnlen(evt.stn_name, sizeof evt.stn_name));
+  const bool use_station = G.Name_option == 2 || (G.Name_option == 0 && station != "     ");
+  if (!use_station) {
+    std::snprintf(out, sizeof out, "%05hX", evt.unit_id);
+    return;
+  }
+  for (std::size_t i = 0; i < 5; ++i) {
+    const char ch = i < station.size() ? station[i] : '\0';
+    // A NUL or a '/' from a damaged header would shorten the name or leave the directory; they
+    // become '_' like blanks, so the name keeps its five characters.
+    out[i] = (ch == ' ' || ch == '\0' || ch == '/') ? '_' : ch;
+  }
+  out[5] = '\0';
+}
+
+std::size_t trace_base(char* out, std::size_t cap, const char* time, const char* name, std::uint16_t stream,
+                       std::uint16_t channel) {
+  const TimeCopy c(time);
+  const char* t = c.t;
+  return written(std::snprintf(out, cap, "%4.4s%3.3s%2.2s%2.2s%2.2s%3.3s_%s_%01u_%01X", t, t + 4, t + 7, t + 9,
+                               t + 11, t + 13, name, unsigned{stream} + 1u, unsigned{channel} + 1u));
+}
+
+void Asc_chn_name(CHNLST_T* chn, const char* time) {
+  char path[kPathRoom];
+  const std::size_t dir_len = out_dir(path, sizeof path, time);
+  char name[6];
+  name_part(*chn->evt, name);
+  std::size_t len = dir_len;
+  if (dir_len < sizeof path) {
+    len += trace_base(path + dir_len, sizeof path - dir_len, time, name, chn->stream, chn->channel);
+    if (len < sizeof path) len += written(std::snprintf(path + len, sizeof path - len, "%s", Fn_ext_chn));
+  }
+  if (len >= sizeof chn->name) too_long(path);
+
+  const char first = path[dir_len];
+  path[dir_len] = '\0';
+  Make_dir(path);
+  path[dir_len] = first;
+
+  // The plain name first, then the letters A to X in place 24 of the base name.
+  char* const letter = path + dir_len + kUniquePos;
+  for (int variant = -1; variant < 24; ++variant) {
+    if (variant >= 0) *letter = Spec_char[variant];
+    if (!fexist(path)) {
+      std::memcpy(chn->name, path, len + 1);
+      return;
+    }
+  }
+  std::printf("\n\nERROR!!!!!\n   Unable to create an unique filename.");
+  fcloseall();
+  run_exit(23);
+}
+
+const char* Asc_evt_name(Evt* evt) {
+  evt->evt_file_name[0] = '\0';
+  char path[kPathRoom];
+  std::size_t len = out_dir(path, sizeof path, evt->smp_time_1st);
+  if (len < sizeof path) {
+    char name[6];
+    name_part(*evt, name);
+    const TimeCopy c(evt->smp_time_1st);
+    const char* t = c.t;
+    len += written(std::snprintf(path + len, sizeof path - len, "%4.4s%3.3s%2.2s%2.2s%2.2s%3.3s_%s_%1u%s", t, t + 4,
+                                 t + 7, t + 9, t + 11, t + 13, name, unsigned{evt->strm} + 1u, Fn_ext_evt));
+  }
+  if (len >= sizeof evt->evt_file_name) too_long(path);
+  std::memcpy(evt->evt_file_name, path, len + 1);
+  return evt->evt_file_name;
+}
 
 }  // namespace lm
