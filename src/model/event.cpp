@@ -1,32 +1,101 @@
 #include "model/event.hpp"
 
+#include <cstdio>
+#include <new>
+
+#include "model/channel.hpp"
 #include "model/ring.hpp"
+#include "output/asc_trace.hpp"
+#include "output/gather.hpp"
+#include "packet/codes.hpp"
 #include "packet/fields.hpp"
+#include "run/exit.hpp"
+#include "run/globals.hpp"
 
 namespace lm {
 
-// Placeholder until the event registry lands.
-Evt* Evt_find(UNIT_T* unit, const std::uint8_t* packet) {
-  const std::uint16_t num = hdr::kEvent.value(packet);
-  if (Evt* e = ring_find(unit->evt, [num](Evt* x) { return x->evt == num; })) {
-    unit->evt = e;
-    return e;
+namespace {
+
+Evt* new_event(UNIT_T* unit, std::uint16_t number, std::uint16_t stream) {
+  Evt* e = new (std::nothrow) Evt;  // zeroed counters, blank channel columns, no name
+  if (!e) {
+    std::printf("\n\nOut of Heap allocating Event pointer");
+    run_exit(255);
   }
-  auto* e = new Evt{};
   e->unit = unit;
   e->unit_id = unit->unit_id;
-  e->evt = num;
-  if (unit->evt) ring_insert_after(unit->evt, e); else ring_init(e);
-  unit->evt = e;
+  e->evt = number;
+  e->strm = stream;
   return e;
 }
 
-void Evt_close_files(Evt*) {}
+}  // namespace
+
+Evt* Evt_find(UNIT_T* unit, const std::uint8_t* packet) {
+  const std::uint16_t number = hdr::kEvent.value(packet);
+  const std::uint16_t seq = hdr::kSequence.value(packet);
+  const std::uint16_t stream = hdr::kStream.value(packet);
+
+  Evt* const current = unit->evt;
+  // Another event's packet: the current one's trace files are closed, the event stays open.
+  if (current && current->evt != number) Evt_close_files(current);
+
+  Evt* e = ring_find(current, [number](Evt* x) { return x->evt == number; });
+  if (!e) {
+    e = new_event(unit, number, stream);
+    if (current) ring_insert_after(current, e);
+    else ring_init(e);
+  }
+
+  const std::uint16_t code = code_set(packet);
+  if (code == kEH || code == kET) Evt_info(e, packet);
+
+  if (seq != e->seq + 1 && e->seq != 0 && e->seq != 9999) {
+    e->bad = 1;
+    if (G.Log_on)
+      unit->fd_log.printf("\nBlock sequence # %d is out of sequence in Event #%d\n\n", int{seq}, int{number});
+  }
+
+  unit->evt = e;
+  e->seq = seq;
+  return e;
+}
+
+void Evt_close_files(Evt* evt) {
+  if (!evt) return;
+  ring_for_each(evt->chn, [](CHNLST_T* c) {
+    if (c->fp.is_open()) Chn_file_close(c);
+  });
+}
 
 void Evt_remove(Evt* evt) {
-  UNIT_T* u = evt->unit;
+  // Complete every trace file's header with the final counts.
+  ring_for_each(evt->chn, [](CHNLST_T* c) {
+    Chn_file_close(c);
+    if (Chn_file_open(c, "r+b")) {
+      Asc_data_close(c);
+      Chn_file_close(c);
+    } else {
+      std::printf("\n!!!Could not re-open '%s'!!!", c->name);
+      Chn_show(c);
+    }
+  });
+
+  if (G.Flag_info.gather) Asc_merge(evt);
+
+  if (CHNLST_T* c = evt->chn) {
+    c->prv->nxt = nullptr;  // break the ring, then free along it
+    while (c) {
+      CHNLST_T* next = c->nxt;
+      delete c;  // closes its trace file if still open
+      c = next;
+    }
+    evt->chn = nullptr;
+  }
+
+  UNIT_T* unit = evt->unit;
   Evt* before = ring_unlink(evt);
-  u->evt = before;
+  if (unit) unit->evt = before;
   delete evt;
 }
 

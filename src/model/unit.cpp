@@ -1,29 +1,115 @@
 #include "model/unit.hpp"
 
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include "config/ini.hpp"
+#include "log/log_file.hpp"
+#include "model/event.hpp"
 #include "model/ring.hpp"
 #include "packet/fields.hpp"
+#include "qc/qcc.hpp"
 #include "run/globals.hpp"
+#include "run/shut_down.hpp"
 
 namespace lm {
 
-// Placeholder until the unit registry lands: units are found and created, no files are kept.
+namespace {
+
+enum : int { kLog = 0, kQcc = 1 };
+
+// Closes the files of the unit that stops being the cursor.
+void leave(UNIT_T* unit) {
+  if (G.Log_on) Unit_file_close(unit, kLog);
+  // Its trace files are closed whatever the log switch, so that many units never exhaust file handles.
+  else Evt_close_files(unit->evt);
+  if (G.Qcc_on) Unit_file_close(unit, kQcc);
+}
+
+}  // namespace
+
 UNIT_T* Unit_find(const std::uint8_t* packet) {
   std::uint16_t id = hdr::kUnitId.value(packet);
   if (id == 0) id = 0xFFFF;
-  if (UNIT_T* u = ring_find(G.unit_start, [id](UNIT_T* x) { return x->unit_id == id; })) {
+
+  UNIT_T* const cursor = G.unit_start;
+  if (UNIT_T* u = ring_find(cursor, [id](UNIT_T* x) { return x->unit_id == id; })) {
+    if (u == cursor) return u;
+    leave(cursor);
+    if (G.Log_on && u->log_open != 1) {
+      open_file(u->fd_log, u->log_name, packet);
+      u->log_open = 1;
+    }
+    if (G.Qcc_on && u->qcc_open != 1) {
+      open_file(u->fd_qcc, u->qcc_name, packet);
+      u->qcc_open = 1;
+    }
     G.unit_start = u;
     return u;
   }
-  auto* u = new UNIT_T{};
+
+  UNIT_T* u = new (std::nothrow) UNIT_T;
+  if (!u) {
+    char what[32];  // no file name exists yet: the message names the unit
+    std::snprintf(what, sizeof what, "unit %04hX", id);
+    shut_down(40, what);
+  }
+  std::unique_ptr<UNIT_T> unlinked(u);  // freed if the run ends before the unit joins the ring
   u->unit_id = id;
   u->ini_last = -1;
-  if (G.unit_start) ring_insert_after(G.unit_start, u); else ring_init(u);
+  Unit_ini(u);
+  if (G.Log_on) Unit_file_create(u, packet, kLog);
+  if (G.Qcc_on) Unit_file_create(u, packet, kQcc);
+  unlinked.release();
+  if (cursor) {
+    ring_insert_after(cursor, u);
+    leave(cursor);
+  } else {
+    ring_init(u);
+  }
   G.unit_start = u;
   return u;
 }
 
-void Unit_file_create(UNIT_T*, const std::uint8_t*, int) {}
-void Unit_file_close(UNIT_T*, int) {}
-void open_file(OutFile&, const char*, const std::uint8_t*) {}
+void Unit_file_create(UNIT_T* unit, const std::uint8_t* packet, int kind) {
+  if (kind != kLog && kind != kQcc) return;
+  const bool log = kind == kLog;
+  char path[sizeof G.DirOut + 16];
+  const int n = std::snprintf(path, sizeof path, "%sID%04hX%s", G.DirOut, unit->unit_id, log ? Fn_ext_log : Fn_ext_qcc);
+  char* name = log ? unit->log_name : unit->qcc_name;
+  // The name must fit its record field; a longer one could not be re-opened later.
+  if (n < 0 || static_cast<std::size_t>(n) >= sizeof unit->log_name) shut_down(20, path);
+  std::memcpy(name, path, static_cast<std::size_t>(n) + 1);
+  if (log) {
+    open_file(unit->fd_log, name, packet);
+    unit->log_open = 1;
+    Log_fhdr(unit->fd_log);
+  } else {
+    open_file(unit->fd_qcc, name, packet);
+    unit->qcc_open = 1;
+    Qcc_fhdr(unit->fd_qcc);
+  }
+}
+
+void Unit_file_close(UNIT_T* unit, int kind) {
+  if (kind == kLog) {
+    if (unit->log_open == 1) {
+      unit->fd_log.close();
+      unit->log_open = 0;
+    }
+    if (unit->evt && unit->evt->chn) Evt_close_files(unit->evt);
+  } else if (kind == kQcc) {
+    if (unit->qcc_open == 1) {
+      unit->fd_qcc.close();
+      unit->qcc_open = 0;
+    }
+  }
+}
+
+void open_file(OutFile& file, const char* path, const std::uint8_t*) {
+  if (!file.open(path, "a+b")) shut_down(20, path);
+}
 
 }  // namespace lm
