@@ -72,6 +72,9 @@ void Evt_remove(Evt* evt) {
   // Complete every trace file's header with the final counts.
   ring_for_each(evt->chn, [](CHNLST_T* c) {
     Chn_file_close(c);
+    // With a sample limit of 0 no trace file is ever made: there is nothing to complete, and
+    // reporting every channel as unreadable (with its retries and key prompts) would help nobody.
+    if (G.Smp_limit == 0) return;
     if (Chn_file_open(c, "r+b")) {
       Asc_data_close(c);
       Chn_file_close(c);
