@@ -79,6 +79,7 @@ CHNLST_T* Chn_find(Evt* evt, const std::uint8_t* packet) {
     } else {
       ring_init(chn);
       start = chn;
+      evt->chn = chn;  // reachable from its event at once, also when the run ends below
     }
     ++evt->chn_cnt;
     set_time(chn->first_time, time);

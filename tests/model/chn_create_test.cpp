@@ -154,7 +154,7 @@ TEST_F(ChnCreate, DefaultsFromUnitEventAndSettings) {
     EXPECT_EQ(c->max, -1.797693e+308);
     EXPECT_EQ(c->cnt, 0u);
     EXPECT_EQ(c->prv, nullptr) << "not linked";
-    char want[8];
+    char want[16];
     std::snprintf(want, sizeof want, "3_%X.atr", ch + 1u);
     EXPECT_EQ(std::string(c->name), dir() + "2009_032/2009032000000000_09A3F_" + want);
   }
