@@ -2,10 +2,12 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "pktkit/packet_builder.hpp"
+#include "pktkit/steim_encoder.hpp"
 
 using namespace pktkit;
 
@@ -72,24 +74,32 @@ int main(int argc, char** argv) {
       EventInfo info;
       info.station = u == 0 ? "PIER" : "    ";
       info.station_ext = u == 0 ? '1' : ' ';
-      info.bit_wght = {"1.589 uV", "1.589 uV", "1.589 uV"};
-      info.tru_wght = {"1.592 uV", "        ", "1.590 uV"};
-      info.gain = "123";
-      info.res = "333";
-      info.fsv = "222";
-      info.seed = {"HNZ ", "HNN ", "HNE "};
-      info.sfsv = "333";
-      info.svpu = {"1.2500", "1.2500", "1.2500"};
-      info.units = "111";
+      info.bit_wght = {"1.589 uV", "1.589 uV", "1.589 uV", "1.589 uV", "0.298 uV"};
+      info.tru_wght = {"1.592 uV", "        ", "1.590 uV", "1.589 uV", "0.298 uV"};
+      info.gain = "12311";
+      info.res = "33333";
+      info.fsv = "22222";
+      info.seed = {"HNZ ", "HNN ", "HNE ", "HHZ ", "HHN "};
+      info.sfsv = "33333";
+      info.svpu = {"1.2500", "1.2500", "1.2500", "1.2500", "1.2500"};
+      info.units = "11111";
       info.position = "N 34 03.132W118 14.622    71";
       append(out, make_event_packet("EH", units[u], t, seq[u]++, evt, 0, false, info));
       unsigned n = 0;
+      // Channels 0-1: 16-bit, 2: 32-bit, 3: Steim-1, 4: Steim-2; the Steim ones carry their last sample on.
+      std::optional<std::int32_t> prev[5];
       for (int k = 0; k < per_channel; ++k) {
-        for (unsigned ch = 0; ch < 3; ++ch) {
+        for (unsigned ch = 0; ch < 5; ++ch) {
           std::vector<std::int32_t> s(100);
-          for (unsigned i = 0; i < 100; ++i) s[i] = signal(ch, n + i, ch == 2 ? 300000 : 8000);
-          append(out, ch == 2 ? make_dt32(units[u], t, seq[u]++, evt, 0, ch, s)
-                              : make_dt16(units[u], t, seq[u]++, evt, 0, ch, s));
+          for (unsigned i = 0; i < 100; ++i) s[i] = signal(ch, n + i, ch == 2 || ch == 4 ? 300000 : 8000);
+          if (ch >= 3) {
+            append(out, make_dt_steim(ch == 3 ? SteimLevel::k1 : SteimLevel::k2, units[u], t, seq[u]++, evt, 0, ch, s,
+                                      prev[ch]));
+            prev[ch] = s.back();
+          } else {
+            append(out, ch == 2 ? make_dt32(units[u], t, seq[u]++, evt, 0, ch, s)
+                                : make_dt16(units[u], t, seq[u]++, evt, 0, ch, s));
+          }
         }
         n += 100;
         t = advance(t, 1000);
