@@ -65,6 +65,7 @@ int main(int argc, char** argv) {
     append(out, text_packet("CD", units[u], t0, seq[u]++, ""));
     append(out, text_packet("DR", units[u], t0, seq[u]++, ""));
     append(out, text_packet("FD", units[u], t0, seq[u]++, ""));
+    append(out, make_event_packet("NH", units[u], t0, seq[u]++, 0, 0, false, EventInfo{}));
   }
 
   for (int e = 0; e < events; ++e) {
@@ -83,7 +84,7 @@ int main(int argc, char** argv) {
       info.sfsv = "33333";
       info.svpu = {"1.2500", "1.2500", "1.2500", "1.2500", "1.2500"};
       info.units = "11111";
-      info.position = "N 34 03.132W118 14.622    71";
+      info.position = "N 3403.132W11814.622    71";
       append(out, make_event_packet("EH", units[u], t, seq[u]++, evt, 0, false, info));
       unsigned n = 0;
       // Channels 0-1: 16-bit, 2: 32-bit, 3: Steim-1, 4: Steim-2; the Steim ones carry their last sample on.
@@ -107,6 +108,8 @@ int main(int argc, char** argv) {
       append(out, make_event_packet("ET", units[u], t, seq[u]++, evt, 0, false, info));
     }
   }
+  for (int u = 0; u < 2; ++u)
+    append(out, make_event_packet("NT", units[u], PktTime{9, 33, 23, 0, 0, 0}, seq[u]++, 0, 0, false, EventInfo{}));
   if (!write_file(argv[1], out)) {
     std::perror(argv[1]);
     return 1;
