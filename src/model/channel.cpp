@@ -98,14 +98,17 @@ CHNLST_T* Chn_find(Evt* evt, const std::uint8_t* packet) {
   add_str_tim(chn->nxt_time, evt->rate, packet + hdr::kSamples.off);
   chn->seq = seq;
 
-  if (!fexist(chn->name)) {
-    if (!chn->fp.is_open() && G.Smp_limit != 0) {
+  // An open trace file needs nothing, so the existence test is made only for a closed one.
+  if (!chn->fp.is_open()) {
+    if (!fexist(chn->name)) {
+      if (G.Smp_limit != 0) {
+        open_trace(start, chn);
+        Asc_dhdr_out(chn);
+      }
+    } else {
       open_trace(start, chn);
-      Asc_dhdr_out(chn);
+      chn->fp.seek_end();
     }
-  } else if (!chn->fp.is_open()) {
-    open_trace(start, chn);
-    chn->fp.seek_end();
   }
 
   if (evt->bad) chn->cnt = G.Smp_limit == 4294967295u ? G.Smp_limit : G.Smp_limit + 1;

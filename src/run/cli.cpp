@@ -243,7 +243,8 @@ int convert(int argc, char** argv) {
 
   G.FdIn = fopen_lm(G.FileIn, "rb");
   if (!G.FdIn) shut_down(20, G.FileIn);
-  std::setvbuf(G.FdIn, nullptr, _IOFBF, 1 << 16);
+  static char in_buffer[1 << 16];  // the C library would otherwise read 4 KiB at a time
+  std::setvbuf(G.FdIn, in_buffer, _IOFBF, sizeof in_buffer);
   struct stat st {};
   if (::fstat(::fileno(G.FdIn), &st) == 0 && st.st_size == 0) return 1;
 
