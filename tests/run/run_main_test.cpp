@@ -5,7 +5,9 @@
 #include <vector>
 
 #include "run/cli.hpp"
+#include "run/exit.hpp"
 #include "run/globals.hpp"
+#include "run/shut_down.hpp"
 #include "support/e2e.hpp"
 
 namespace {
@@ -38,6 +40,36 @@ TEST(RunMain, StatusesComeBackAndSettingsStartFresh) {
   EXPECT_FALSE(lm::G.FdLog.is_open());
   EXPECT_EQ(run_in_process({in, tmp.str()}), 0);
   EXPECT_TRUE(e2e::exists(tmp / "in.lml"));
+}
+
+}  // namespace
+
+namespace {
+
+TEST(ShutDown, MessagesAndStatuses) {
+  const struct {
+    std::uint8_t code;
+    const char* text;
+    const char* want;
+  } cases[] = {
+      {20, "x.lml", "\nFile open error for 'x.lml'"},
+      {7, "abc", "\nUnknown error: processing terminated. (abc)"},
+      {29, nullptr, "\nUnexpected end of file error on input"},
+      {40, nullptr, "\nMemory allocation error for ''"},
+      {136, "ignored", "\nSCSI WRITE error"},
+  };
+  for (const auto& c : cases) {
+    lm::reset_globals();
+    testing::internal::CaptureStdout();
+    int status = -1;
+    try {
+      lm::shut_down(c.code, c.text);
+    } catch (const lm::RunExit& e) {
+      status = e.status;
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), c.want);
+    EXPECT_EQ(status, c.code);
+  }
 }
 
 }  // namespace
