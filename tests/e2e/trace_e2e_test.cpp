@@ -1,7 +1,9 @@
-// Trace files through the real binary: whole files byte for byte, names and directories, the skip,
-// limit and header switches, many channels at once, events without an event header.
+// Trace files through the real binary: whole files byte for byte, names and directories, letters on
+// later runs and their exhaustion, paths that do not fit, the skip, limit and header switches, bad
+// events, many channels at once, events without an event header.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -10,267 +12,232 @@
 
 namespace {
 
-using e2e::TempDir;
-using pktkit::Packet;
-using pktkit::PktTime;
-
-constexpr std::uint16_t kUnit = 0x9A3F;
-constexpr unsigned kEvent = 7;
-
 std::string lines(const std::vector<std::int32_t>& v) {
   std::string s;
   for (auto x : v) s += std::to_string(x) + "\r\n";
   return s;
 }
 
-// The .atr files below dir.
-std::vector<std::string> traces(const std::string& dir) {
-  std::vector<std::string> out;
-  for (const auto& f : e2e::list_files(dir))
-    if (f.size() > 4 && f.substr(f.size() - 4) == ".atr") out.push_back(f);
-  return out;
+// The header of a trace file of event 7 of the station STN1 at its position (see `info` below).
+std::string header(const char* id, unsigned n, const char* bw, const char* gain = " 1.000",
+                   const char* vpu = " 0.000") {
+  char s[400];
+  std::snprintf(s, sizeof s,
+                "$ChnID=9A3F:0007:%s\r\n$Station=STN1 \r\n$Samples=%-10u\r\n$Rate=100.0000\r\n"
+                "$Time=2009:032:00:00:00.000\r\n$TimeQual=0 \r\n$BitWeight=%s\r\n$Gain=%s\r\n"
+                "$SensorVPU=%s ???             \r\n$LLA=45.500 -122.250  123.0\r\n",
+                id, n, bw, gain, vpu);
+  return s;
 }
 
-// An input file built packet by packet with running sequence numbers.
+// An input file of event 7 built packet by packet with running sequence numbers.
 struct Input {
-  std::vector<Packet> pkts;
+  std::vector<pktkit::Packet> pkts;
   unsigned seq = 1;
-  std::uint16_t unit = kUnit;
-
-  void eh(const pktkit::EventInfo& info, bool block2 = false, const char* type = "EH") {
-    pkts.push_back(pktkit::make_event_packet(type, unit, {9, 32, 0, 0, 0, 0}, seq++, kEvent, 0, block2, info));
+  void ev(const pktkit::EventInfo& info, const char* type = "EH", bool block2 = false) {
+    pkts.push_back(pktkit::make_event_packet(type, 0x9A3F, {}, seq++, 7, 0, block2, info));
   }
-  void et(const pktkit::EventInfo& info) { eh(info, false, "ET"); }
-  void dt(PktTime t, unsigned channel, const std::vector<std::int32_t>& samples, bool wide = false,
-          unsigned stream = 0) {
-    pkts.push_back(wide ? pktkit::make_dt32(unit, t, seq++, kEvent, stream, channel, samples)
-                        : pktkit::make_dt16(unit, t, seq++, kEvent, stream, channel, samples));
+  void dt(pktkit::PktTime t, unsigned ch, const std::vector<std::int32_t>& s, bool wide = false, unsigned stream = 0) {
+    pkts.push_back(wide ? pktkit::make_dt32(0x9A3F, t, seq++, 7, stream, ch, s)
+                        : pktkit::make_dt16(0x9A3F, t, seq++, 7, stream, ch, s));
   }
 };
+
+// Runs the input into dir/out with the switches, logs off; the run must end normally.
+void convert(const e2e::TempDir& dir, const Input& in, std::vector<std::string> args = {}) {
+  std::filesystem::create_directories(dir / "out");
+  e2e::write_packets(dir / "in.pkt", in.pkts);
+  args.insert(args.begin(), {"in.pkt", "out", "-VN", "-LN"});
+  const auto r = e2e::run(args, dir.str());
+  ASSERT_EQ(r.status, 0) << r.out;
+}
 
 class TraceE2e : public testing::Test {
  protected:
-  // Runs the input into tmp/out with the switches; the run must end normally.
-  void convert(const Input& in, std::vector<std::string> switches = {}) {
-    std::filesystem::create_directories(tmp / "out");
-    e2e::write_packets(tmp / "in.pkt", in.pkts);
-    std::vector<std::string> args{"in.pkt", "out", "-VN"};
-    args.insert(args.end(), switches.begin(), switches.end());
-    const auto r = e2e::run(args, tmp.str());
-    ASSERT_EQ(r.status, 0) << r.out;
-  }
   std::string out(const std::string& name) { return e2e::read_file(tmp / ("out/" + name)); }
-  TempDir tmp;
+  static std::vector<std::string> files(const e2e::TempDir& dir) { return e2e::list_files(dir / "out"); }
+  e2e::TempDir tmp;
+  const pktkit::EventInfo info = [] {
+    pktkit::EventInfo i;
+    i.bit_wght = {"2.384 uV", "4.768 uV"};
+    i.tru_wght = {"2.380 uV"};
+    i.gain = "<3";
+    i.svpu = {"1.2500"};
+    i.position = "PN4530.000W12215.000   123";
+    return i;
+  }();
 };
 
-pktkit::EventInfo info_100() {
-  pktkit::EventInfo info;
-  info.bit_wght = {"2.384 uV", "4.768 uV"};
-  info.tru_wght = {"2.380 uV"};
-  info.gain = "3";
-  info.svpu = {"1.2500"};
-  return info;
-}
-
-TEST_F(TraceE2e, WholeTraceFilesOfOneEvent) {
-  Input in;
-  in.eh(info_100());
-  in.dt({9, 32, 0, 0, 0, 0}, 0, {1, -2, 3});
-  in.dt({9, 32, 0, 0, 0, 0}, 1, {100000, -100000}, true);
-  in.dt({9, 32, 0, 0, 0, 30}, 0, {32767, -32768, 0});
-  in.et(info_100());
-  convert(in);
-  EXPECT_EQ(traces(tmp / "out"),
-            (std::vector<std::string>{"2009032000000000_STN1__1_1.atr", "2009032000000000_STN1__1_2.atr"}));
-  EXPECT_EQ(out("2009032000000000_STN1__1_1.atr"),
-            "$ChnID=9A3F:0007:01:01\r\n"
-            "$Station=STN1 \r\n"
-            "$Samples=6         \r\n"
-            "$Rate=100.0000\r\n"
-            "$Time=2009:032:00:00:00.000\r\n"
-            "$TimeQual=0 \r\n"
-            "$BitWeight=2.380 uV\r\n"
-            "$Gain=32.000\r\n"
-            "$SensorVPU= 1.250 ???             \r\n"
-            "$LLA= 0.000  0.000    0.0\r\n"
-            "1\r\n-2\r\n3\r\n32767\r\n-32768\r\n0\r\n");
-  EXPECT_EQ(out("2009032000000000_STN1__1_2.atr"),
-            "$ChnID=9A3F:0007:01:02\r\n"
-            "$Station=STN1 \r\n"
-            "$Samples=2         \r\n"
-            "$Rate=100.0000\r\n"
-            "$Time=2009:032:00:00:00.000\r\n"
-            "$TimeQual=0 \r\n"
-            "$BitWeight=4.768 uV\r\n"
-            "$Gain= 1.000\r\n"
-            "$SensorVPU= 0.000 ???             \r\n"
-            "$LLA= 0.000  0.000    0.0\r\n"
-            "100000\r\n-100000\r\n");
-}
-
-TEST_F(TraceE2e, NamesAndDirectoriesForEveryPathAndNameOption) {
-  const char* dirs[] = {"", "2009_045/", "2009_045/13/", "2009_045/13_07/", "2009_045/13_07_21/"};
-  const struct {
-    const char* option;
-    const char* station;
-    const char* part;
-  } names[] = {
-      {"-N0", "AB D", "AB_D_"}, {"-N1", "AB D", "09A3F"}, {"-NS", "AB D", "AB_D_"},
-      {"-N-", "    ", "09A3F"}, {"-N2", "    ", "_____"},
-  };
-  for (int p = 0; p <= 4; ++p) {
-    for (const auto& n : names) {
-      TempDir run_dir;
-      pktkit::EventInfo info;
-      info.station = n.station;
-      Input in;
-      in.eh(info);
-      in.dt({9, 45, 13, 7, 21, 500}, 9, {5}, false, 1);
-      in.et(info);
-      std::filesystem::create_directories(run_dir / "out");
-      e2e::write_packets(run_dir / "in.pkt", in.pkts);
-      const auto r = e2e::run({"in.pkt", "out", "-VN", "-P" + std::to_string(p), n.option}, run_dir.str());
-      ASSERT_EQ(r.status, 0) << r.out;
-      const std::string want = std::string(dirs[p]) + "2009045130721500_" + n.part + "_2_A.atr";
-      EXPECT_EQ(traces(run_dir / "out"), std::vector<std::string>{want}) << p << " " << n.option;
-    }
-  }
-}
-
-TEST_F(TraceE2e, LaterRunsIntoTheSameDirectoryGetLetters) {
-  Input in;
-  in.eh(info_100());
-  in.dt({9, 32, 0, 0, 0, 0}, 0, {1});
-  in.dt({9, 32, 0, 0, 0, 0}, 10, {2});
-  in.et(info_100());
-  for (int i = 0; i < 3; ++i) convert(in, {"-P1"});
-  EXPECT_EQ(traces(tmp / "out"),
-            (std::vector<std::string>{
-                "2009_032/2009032000000000_STN1__1A1.atr", "2009_032/2009032000000000_STN1__1AB.atr",
-                "2009_032/2009032000000000_STN1__1B1.atr", "2009_032/2009032000000000_STN1__1BB.atr",
-                "2009_032/2009032000000000_STN1__1_1.atr", "2009_032/2009032000000000_STN1__1_B.atr"}));
-  EXPECT_EQ(out("2009_032/2009032000000000_STN1__1BB.atr"), out("2009_032/2009032000000000_STN1__1_B.atr"));
-}
-
-TEST_F(TraceE2e, SkipLimitAndHeaderSwitches) {
-  Input in;
-  in.eh(info_100());
-  in.dt({9, 32, 0, 0, 0, 0}, 0, {1, 2, 3});
-  in.dt({9, 32, 0, 0, 0, 30}, 0, {4, 5, 6});
-  in.dt({9, 32, 0, 0, 0, 60}, 0, {7, 8, 9});
-  in.et(info_100());
-  const std::string name = "2009032000000000_STN1__1_1.atr";
-  const struct {
-    std::vector<std::string> switches;
-    std::string samples_line;
-    std::vector<std::int32_t> written;
-    bool header;
-  } cases[] = {
-      {{"-T5"}, "$Samples=4         \r\n", {6, 7, 8, 9}, true},
-      {{"-T2", "-S0x3"}, "$Samples=3         \r\n", {3, 4, 5}, true},
-      {{"-HN", "-S5"}, "", {1, 2, 3, 4, 5}, false},
-  };
-  for (const auto& c : cases) {
-    std::filesystem::remove_all(tmp / "out");
-    convert(in, c.switches);
-    const std::string text = out(name);
-    const std::string samples = lines(c.written);
-    ASSERT_GE(text.size(), samples.size());
-    EXPECT_EQ(text.substr(text.size() - samples.size()), samples) << c.switches[0];
-    if (c.header) {
-      EXPECT_EQ(text.find("$ChnID=9A3F:0007:01:01\r\n$Station=STN1 \r\n" + c.samples_line + "$Rate=100.0000\r\n"), 0u)
-          << text;
-      EXPECT_EQ(text.size(), 218 + samples.size());  // ten header lines, then the samples alone
-    } else {
-      EXPECT_EQ(text, samples);
-    }
-  }
-}
-
-TEST_F(TraceE2e, LimitZeroMakesNoTraceFile) {
-  Input in;
-  in.eh(info_100());
-  in.dt({9, 32, 0, 0, 0, 0}, 0, {1, 2, 3});
-  in.et(info_100());
-  convert(in, {"-S0"});
-  EXPECT_TRUE(traces(tmp / "out").empty());
-}
-
-TEST_F(TraceE2e, FortyChannelsInOneEventKeepEverySample) {
-  Input in;
-  in.eh(info_100());
-  for (int round = 0; round < 3; ++round)
-    for (unsigned ch = 0; ch < 40; ++ch)
-      in.dt({9, 32, 0, 0, 0, 10 * round}, ch,
-            {static_cast<std::int32_t>(round * 1000 + ch), -static_cast<std::int32_t>(ch)}, round == 1);
-  in.et(info_100());
-  convert(in);
-  const auto files = traces(tmp / "out");
-  ASSERT_EQ(files.size(), 40u);
-  for (unsigned ch = 0; ch < 40; ++ch) {
-    char name[64];
-    std::snprintf(name, sizeof name, "2009032000000000_STN1__1_%X.atr", ch + 1);
-    std::vector<std::int32_t> want;
-    for (int round = 0; round < 3; ++round) {
-      want.push_back(static_cast<std::int32_t>(round * 1000 + ch));
-      want.push_back(-static_cast<std::int32_t>(ch));
-    }
-    const std::string bw = ch == 0 ? "2.380 uV" : ch == 1 ? "4.768 uV" : "        ";
-    char chn_id[32];
-    std::snprintf(chn_id, sizeof chn_id, "$ChnID=9A3F:0007:01:%02u\r\n", ch + 1);
-    EXPECT_EQ(out(name), std::string(chn_id) + "$Station=STN1 \r\n$Samples=6         \r\n$Rate=100.0000\r\n"
-                             "$Time=2009:032:00:00:00.000\r\n$TimeQual=0 \r\n$BitWeight=" + bw +
-                             "\r\n$Gain=" + (ch == 0 ? "32.000" : " 1.000") + "\r\n$SensorVPU=" +
-                             (ch == 0 ? " 1.250" : " 0.000") +
-                             " ???             \r\n$LLA= 0.000  0.000    0.0\r\n" + lines(want))
-        << name;
-  }
-}
-
-TEST_F(TraceE2e, EventWithoutHeaderGetsTheEstimatedRateInPlace) {
-  Input in;
-  in.unit = 0x0012;
-  std::vector<std::int32_t> s(100);
-  for (int i = 0; i < 100; ++i) s[i] = i * 37 - 1800;
-  in.dt({9, 32, 0, 0, 0, 0}, 0, s);
-  in.dt({9, 32, 0, 0, 0, 0}, 1, s);  // made while the rate is unknown
-  in.dt({9, 32, 0, 0, 1, 0}, 0, s);  // 100 samples in one second
-  in.dt({9, 32, 0, 0, 1, 0}, 1, s);
-  in.dt({9, 32, 0, 0, 2, 0}, 2, s);  // made after the estimate
-  convert(in);
-  auto header = [](unsigned ch, unsigned n, const char* rate, const char* time) {
-    return "$ChnID=0012:0007:01:0" + std::to_string(ch) + "\r\n$Station=     \r\n$Samples=" + std::to_string(n) +
-           std::string(10 - std::to_string(n).size(), ' ') + "\r\n$Rate=" + rate + "\r\n$Time=" + time +
-           "\r\n$TimeQual=-1\r\n$BitWeight=        \r\n$Gain= 1.000\r\n$SensorVPU= 0.000 ???             \r\n"
-           "$LLA= 0.000  0.000    0.0\r\n";
-  };
-  const std::string two = lines(s) + lines(s);
-  EXPECT_EQ(out("2009032000000000_00012_1_1.atr"), header(1, 200, "    100.0000", "2009:032:00:00:00.000") + two);
-  EXPECT_EQ(out("2009032000000000_00012_1_2.atr"), header(2, 200, "    100.0000", "2009:032:00:00:00.000") + two);
-  EXPECT_EQ(out("2009032000002000_00012_1_3.atr"), header(3, 100, "100.0000", "2009:032:00:00:02.000") + lines(s));
-}
-
-TEST_F(TraceE2e, ChannelsAbove16UseTheSecondBlock) {
-  pktkit::EventInfo high;
+TEST_F(TraceE2e, WholeTraceFilesOfOneEventWithBothChannelBlocks) {
+  pktkit::EventInfo high;  // channels 17 to 32
   high.bit_wght = {"9.537 uV", "1.000 mV"};
   high.tru_wght = {"        ", "0.998 mV"};
   high.gain = "2";
   high.svpu = {"", "0.5000"};
   Input in;
-  in.eh(info_100());
-  in.eh(high, true);
-  in.dt({9, 32, 0, 0, 0, 0}, 0, {1});
-  in.dt({9, 32, 0, 0, 0, 0}, 16, {17});
-  in.dt({9, 32, 0, 0, 0, 0}, 17, {18});
-  in.et(info_100());
-  convert(in);
-  const std::string c17 = out("2009032000000000_STN1__1_11.atr");
-  EXPECT_NE(c17.find("$ChnID=9A3F:0007:01:17\r\n"), std::string::npos) << c17;
-  EXPECT_NE(c17.find("$BitWeight=9.537 uV\r\n$Gain= 8.000\r\n$SensorVPU= 0.000"), std::string::npos) << c17;
-  const std::string c18 = out("2009032000000000_STN1__1_12.atr");
-  EXPECT_NE(c18.find("$BitWeight=0.998 mV\r\n$Gain= 1.000\r\n$SensorVPU= 0.500"), std::string::npos) << c18;
-  const std::string c1 = out("2009032000000000_STN1__1_1.atr");
-  EXPECT_NE(c1.find("$BitWeight=2.380 uV\r\n$Gain=32.000\r\n"), std::string::npos) << c1;
+  in.ev(info);
+  in.ev(high, "EH", true);
+  in.dt({}, 0, {1, -2, 3});
+  in.dt({}, 1, {100000, -2147483647 - 1, 2147483647}, true);
+  for (int ch : {16, 17}) in.dt({}, ch, {ch + 1});
+  in.dt({9, 32, 0, 0, 0, 30}, 0, {32767, -32768, 0});
+  in.ev(info, "ET");
+  convert(tmp, in);
+  const std::string f = "2009032000000000_STN1__1_";
+  EXPECT_EQ(files(tmp), (std::vector<std::string>{f + "1.atr", f + "11.atr", f + "12.atr", f + "2.atr"}));
+  EXPECT_EQ(out(f + "1.atr"),
+            "$ChnID=9A3F:0007:01:01\r\n$Station=STN1 \r\n$Samples=6         \r\n$Rate=100.0000\r\n"
+            "$Time=2009:032:00:00:00.000\r\n$TimeQual=0 \r\n$BitWeight=2.380 uV\r\n$Gain=63.100\r\n"
+            "$SensorVPU= 1.250 ???             \r\n$LLA=45.500 -122.250  123.0\r\n"
+            "1\r\n-2\r\n3\r\n32767\r\n-32768\r\n0\r\n");
+  // A true bit weight beginning with a blank gives way to the nominal one.
+  EXPECT_EQ(out(f + "2.atr"), header("01:02", 3, "4.768 uV", "32.000") + "100000\r\n-2147483648\r\n2147483647\r\n");
+  EXPECT_EQ(out(f + "11.atr"), header("01:17", 1, "9.537 uV", " 8.000") + "17\r\n");
+  EXPECT_EQ(out(f + "12.atr"), header("01:18", 1, "0.998 mV", " 1.000", " 0.500") + "18\r\n");
+}
+
+TEST_F(TraceE2e, NamesAndDirectoriesForEveryPathAndNameOption) {
+  const struct {
+    const char* path;
+    const char* name;
+    std::string station;
+    const char* want;
+  } cases[] = {
+      {"-P0", "-N0", "AB D", "2009045130721500_AB_D__2_A.atr"},
+      {"-P1", "-N1", "AB D", "2009_045/2009045130721500_09A3F_2_A.atr"},
+      {"-P2", "-N2", "    ", "2009_045/13/2009045130721500_______2_A.atr"},
+      {"-P3", "-N-", "    ", "2009_045/13_07/2009045130721500_09A3F_2_A.atr"},
+      {"-P4", "-NS", "    ", "2009_045/13_07_21/2009045130721500_______2_A.atr"},
+      {"-P0", "-N0", std::string("S/\0X", 4), "2009045130721500_S_____2_A.atr"},  // damaged: ends at the NUL
+  };
+  for (const auto& c : cases) {
+    e2e::TempDir dir;
+    pktkit::EventInfo station;
+    station.station = c.station;
+    Input in;
+    in.ev(station);
+    in.dt({9, 45, 13, 7, 21, 500}, 9, {5}, false, 1);
+    convert(dir, in, {c.path, c.name});
+    EXPECT_EQ(files(dir), std::vector<std::string>{c.want}) << c.path << c.name;
+  }
+}
+
+TEST_F(TraceE2e, LaterRunsIntoTheSameDirectoryGetLettersUpToX) {
+  Input in;
+  in.ev(info);
+  in.dt({}, 0, {1});
+  in.dt({}, 10, {2});
+  in.ev(info, "ET");
+  for (int i = 0; i < 3; ++i) convert(tmp, in, {"-P1"});
+  const std::string d = "2009_032/2009032000000000_STN1__1";
+  EXPECT_EQ(files(tmp), (std::vector<std::string>{d + "A1.atr", d + "AB.atr", d + "B1.atr", d + "BB.atr",
+                                                   d + "_1.atr", d + "_B.atr"}));
+  EXPECT_EQ(out(d + "BB.atr"), out(d + "_B.atr"));
+  for (char l = 'C'; l <= 'W'; ++l) pktkit::write_file(tmp / ("out/" + d + l + "1.atr"), {});
+  convert(tmp, in, {"-P1"});
+  EXPECT_EQ(out(d + "X1.atr"), out(d + "_1.atr")) << "the 25th name is still tried";
+  const auto r = e2e::run({"in.pkt", "out", "-VN", "-LN", "-P1"}, tmp.str());
+  EXPECT_EQ(r.status, 23);
+  EXPECT_TRUE(r.out.ends_with("\n\nERROR!!!!!\n   Unable to create an unique filename.")) << r.out;
+}
+
+TEST_F(TraceE2e, SkipLimitAndHeaderSwitches) {
+  Input in;
+  in.ev(info);
+  for (int i = 0; i < 3; ++i) in.dt({9, 32, 0, 0, 0, 30 * i}, 0, {3 * i + 1, 3 * i + 2, 3 * i + 3});
+  in.ev(info, "ET");
+  const struct {
+    std::vector<std::string> args;
+    std::vector<std::int32_t> written;
+    bool hdr;
+  } cases[] = {
+      {{"-T5"}, {6, 7, 8, 9}, true},  // the time stays the first packet's
+      {{"-T2", "-S0x3"}, {3, 4, 5}, true},
+      {{"-HN", "-S5"}, {1, 2, 3, 4, 5}, false},
+      {{"-S0"}, {}, false},  // no trace file at all
+  };
+  for (const auto& c : cases) {
+    std::filesystem::remove_all(tmp / "out");
+    convert(tmp, in, c.args);
+    EXPECT_EQ(files(tmp).size(), c.written.empty() ? 0u : 1u) << c.args[0];
+    EXPECT_EQ(out("2009032000000000_STN1__1_1.atr"),
+              (c.hdr ? header("01:01", c.written.size(), "2.380 uV", "63.100", " 1.250") : "") + lines(c.written))
+        << c.args[0];
+  }
+}
+
+TEST_F(TraceE2e, BadEventStopsEveryChannelAtTheLimit) {
+  Input in;
+  in.ev(info);
+  in.dt({}, 0, {1, 2});
+  ++in.seq;  // a packet lost: the event is bad from here on
+  in.dt({9, 32, 0, 0, 0, 20}, 0, {3, 4});
+  in.dt({}, 1, {5});
+  in.ev(info, "ET");
+  for (const auto& [limit, n] : {std::pair{"-S1000", 1001u}, {"-T0", 4294967295u}}) {
+    std::filesystem::remove_all(tmp / "out");
+    convert(tmp, in, {limit});
+    EXPECT_EQ(out("2009032000000000_STN1__1_1.atr"), header("01:01", n, "2.380 uV", "63.100", " 1.250") + "1\r\n2\r\n");
+    EXPECT_EQ(out("2009032000000000_STN1__1_2.atr"), header("01:02", n, "4.768 uV", "32.000"));
+  }
+}
+
+// A trace file path holds at most 132 characters; the base name and extension take 30.
+TEST_F(TraceE2e, TraceFilePathThatDoesNotFitEndsTheRun) {
+  Input in;
+  in.dt({9, 45, 13, 7, 21, 500}, 0, {1});
+  e2e::write_packets(tmp / "in.pkt", in.pkts);
+  for (const auto& [len, path] : {std::pair{101, "-P0"}, {102, "-P0"}, {83, "-P4"}, {84, "-P4"}}) {
+    const std::string d(len, 'd');
+    std::filesystem::create_directories(tmp / d);
+    const std::string name = d + (path[2] == '4' ? "/2009_045/13_07_21/" : "/") + "2009045130721500_09A3F_1_1.atr";
+    const auto r = e2e::run({"in.pkt", d, "-VN", "-LN", path}, tmp.str());
+    const bool fits = name.size() <= 132;
+    EXPECT_EQ(r.status, fits ? 0 : 20) << name.size();
+    EXPECT_EQ(e2e::exists(tmp / name), fits);
+    EXPECT_EQ(r.out.ends_with("\nFile open error for '" + name + "'"), !fits) << r.out;
+  }
+}
+
+TEST_F(TraceE2e, FortyChannelsInOneEventKeepEverySample) {
+  Input in;
+  in.ev(info);
+  for (int round = 0; round < 3; ++round)
+    for (int ch = 0; ch < 40; ++ch) in.dt({9, 32, 0, 0, 0, 10 * round}, ch, {1000 * round + ch, -ch}, round == 1);
+  in.ev(info, "ET");
+  convert(tmp, in);
+  ASSERT_EQ(files(tmp).size(), 40u);
+  for (int ch = 0; ch < 40; ++ch) {
+    char id[8], name[40];
+    std::snprintf(id, sizeof id, "01:%02d", ch + 1);
+    std::snprintf(name, sizeof name, "2009032000000000_STN1__1_%X.atr", ch + 1);
+    const char* bw = ch == 0 ? "2.380 uV" : ch == 1 ? "4.768 uV" : "        ";
+    const char* gain = ch == 0 ? "63.100" : ch == 1 ? "32.000" : " 1.000";
+    EXPECT_EQ(out(name), header(id, 6, bw, gain, ch ? " 0.000" : " 1.250") +
+                             lines({ch, -ch, 1000 + ch, -ch, 2000 + ch, -ch}));
+  }
+}
+
+TEST_F(TraceE2e, EventWithoutHeaderGetsTheEstimatedRateInPlace) {
+  Input in;
+  std::vector<std::int32_t> s(100);
+  for (int i = 0; i < 100; ++i) s[i] = i * 37 - 1800;
+  in.dt({}, 0, s);
+  in.dt({}, 1, s);                   // made while the rate is unknown
+  in.dt({}, 0, s);                   // no time has passed: no estimate yet
+  in.dt({9, 32, 0, 0, 1, 0}, 0, s);  // 200 samples written in the first second: 200/s
+  in.dt({9, 32, 0, 0, 1, 0}, 1, s);  // which stays, though this channel alone would give 100/s
+  in.dt({9, 32, 0, 0, 2, 0}, 2, s);  // made after the estimate
+  convert(tmp, in);
+  auto head = [](const char* id, const char* n, const char* rate, const char* time) {
+    return std::string("$ChnID=9A3F:0007:01:") + id + "\r\n$Station=     \r\n$Samples=" + n + "\r\n$Rate=" + rate +
+           "\r\n$Time=2009:032:00:00:" + time + "\r\n$TimeQual=-1\r\n$BitWeight=        \r\n$Gain= 1.000\r\n"
+           "$SensorVPU= 0.000 ???             \r\n$LLA= 0.000  0.000    0.0\r\n";
+  };
+  const std::string f = "2009032000000000_09A3F_1_", one = lines(s);
+  EXPECT_EQ(out(f + "1.atr"), head("01", "300       ", "    200.0000", "00.000") + one + one + one);
+  EXPECT_EQ(out(f + "2.atr"), head("02", "200       ", "    200.0000", "00.000") + one + one);
+  EXPECT_EQ(out("2009032000002000_09A3F_1_3.atr"), head("03", "100       ", "200.0000", "02.000") + one);
 }
 
 }  // namespace
