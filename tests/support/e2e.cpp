@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -52,6 +53,7 @@ RunResult run(const std::vector<std::string>& args, const std::string& cwd, cons
   ::close(out_pipe[1]);
   ::close(in_pipe[0]);
   if (!stdin_text.empty()) {
+    std::signal(SIGPIPE, SIG_IGN);  // the run may end before it reads its input
     const ssize_t w = ::write(in_pipe[1], stdin_text.data(), stdin_text.size());
     (void)w;
   }
