@@ -1,11 +1,14 @@
-// The unit ring and the per-unit files, driven in-process.
+// The unit ring and each unit's ring of open events, driven in-process.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "log/log_file.hpp"
+#include "model/channel.hpp"
 #include "model/event.hpp"
+#include "model/ring.hpp"
 #include "model/unit.hpp"
 #include "pktkit/packet_builder.hpp"
 #include "run/exit.hpp"
@@ -18,114 +21,62 @@ namespace {
 using namespace lm;
 
 pktkit::Packet sh(std::uint16_t unit) { return pktkit::make_header("SH", unit, {}, 1); }
+pktkit::Packet dt(unsigned event, unsigned seq, unsigned channel = 0) {
+  return pktkit::make_dt16(0x0042, {}, seq, event, 0, channel, {});
+}
 
-// Unit IDs around the ring, starting at `from`; fails when the back links disagree.
-std::vector<std::uint16_t> ring_ids(UNIT_T* from) {
-  std::vector<std::uint16_t> ids;
-  UNIT_T* u = from;
-  do {
-    ids.push_back(u->unit_id);
-    EXPECT_EQ(u->nxt->prv, u);
-    u = u->nxt;
-  } while (u != from && ids.size() < 100);
+unsigned id_of(const UNIT_T* u) { return u->unit_id; }
+unsigned id_of(const Evt* e) { return e->evt; }
+// The numbers around a ring, starting at `from`.
+template <class T>
+std::vector<unsigned> ring_ids(T* from) {
+  std::vector<unsigned> ids;
+  ring_for_each(from, [&](T* x) { ids.push_back(id_of(x)); });
   return ids;
 }
 
-class UnitRegistry : public testing::Test {
+class Registry : public testing::Test {
  protected:
-  void SetUp() override {
-    reset_globals();
-    G.Log_on = 0;
-  }
+  void SetUp() override { restart(0); }
   void TearDown() override { reset_globals(); }
-  // Routes the unit files into the temporary directory.
-  void use_dir() { ASSERT_TRUE(set_text(G.DirOut, tmp.str() + "/")); }
+  // A fresh run that has met unit 0042; its files go to the temporary directory.
+  void restart(std::uint16_t log) {
+    reset_globals();
+    std::filesystem::remove(tmp / "ID0042.lml");
+    ASSERT_TRUE(set_text(G.DirOut, tmp.str() + "/"));
+    G.Log_on = log;
+    unit = Unit_find(dt(0, 0).data());
+  }
+  Evt* find(unsigned event, unsigned seq = 0) { return Evt_find(unit, dt(event, seq).data()); }
   e2e::TempDir tmp;
+  UNIT_T* unit = nullptr;
 };
 
-TEST_F(UnitRegistry, NewUnitGoesRightAfterTheCursor) {
-  const struct {
-    std::vector<std::uint16_t> packets;
-    std::vector<std::uint16_t> ring;  // from the first unit met
-    std::uint16_t cursor;
-  } cases[] = {
-      {{0xA}, {0xA}, 0xA},
-      {{0xA, 0xB, 0xC}, {0xA, 0xB, 0xC}, 0xC},
-      {{0xA, 0xB, 0xA, 0xC}, {0xA, 0xC, 0xB}, 0xC},
-      {{0xA, 0xB, 0xC, 0xB, 0xD}, {0xA, 0xB, 0xD, 0xC}, 0xD},
-      {{0xA, 0xB, 0xA, 0xB, 0xA}, {0xA, 0xB}, 0xA},
-      {{0x0000, 0xFFFF, 0x0000}, {0xFFFF}, 0xFFFF},  // unit 0 is filed under FFFF
+TEST_F(Registry, NewUnitGoesRightAfterTheCursor) {
+  // The ring from the cursor, the unit met last.
+  const struct { std::vector<unsigned> packets, ring; } cases[] = {
+      {{0xA, 0xB, 0xC}, {0xC, 0xA, 0xB}},
+      {{0xA, 0xB, 0xA, 0xC}, {0xC, 0xB, 0xA}},
+      {{0xA, 0xB, 0xC, 0xB, 0xD}, {0xD, 0xC, 0xA, 0xB}},
+      {{0xA, 0xB, 0xA, 0xB, 0xA}, {0xA, 0xB}},
   };
   for (const auto& c : cases) {
     reset_globals();
     G.Log_on = 0;
-    UNIT_T* first = nullptr;
-    for (std::uint16_t id : c.packets) {
-      UNIT_T* u = Unit_find(sh(id).data());
-      ASSERT_NE(u, nullptr);
-      EXPECT_EQ(u, G.unit_start) << "the found unit is the cursor";
-      if (!first) first = u;
-    }
-    EXPECT_EQ(ring_ids(first), c.ring);
-    EXPECT_EQ(G.unit_start->unit_id, c.cursor);
-    EXPECT_EQ(first->ini_last, -1);
+    for (unsigned id : c.packets) EXPECT_EQ(Unit_find(sh(static_cast<std::uint16_t>(id)).data()), G.unit_start);
+    EXPECT_EQ(ring_ids(G.unit_start), c.ring);
   }
 }
 
-TEST_F(UnitRegistry, FilesFollowTheCursor) {
-  use_dir();
-  G.Log_on = 1;
-  G.Qcc_on = 1;
-  UNIT_T* a = Unit_find(sh(0x9A3F).data());
-  EXPECT_EQ(std::string(a->log_name), tmp / "ID9A3F.lml");
-  EXPECT_EQ(std::string(a->qcc_name), tmp / "ID9A3F.qcc");
-  a->fd_log.write("a1|");
-  a->fd_qcc.write("q1|");
-
-  EXPECT_EQ(Unit_find(sh(0x9A3F).data()), a);  // same unit: nothing closes
-  EXPECT_TRUE(a->fd_log.is_open() && a->fd_qcc.is_open());
-
-  UNIT_T* b = Unit_find(sh(0x0001).data());
-  EXPECT_EQ(a->log_open, 0);
-  EXPECT_EQ(a->qcc_open, 0);
-  EXPECT_FALSE(a->fd_log.is_open() || a->fd_qcc.is_open());
-  EXPECT_EQ(b->log_open, 1);
-  EXPECT_EQ(b->qcc_open, 1);
-
-  EXPECT_EQ(Unit_find(sh(0x9A3F).data()), a);
-  EXPECT_EQ(a->log_open, 1);
-  EXPECT_EQ(a->qcc_open, 1);
-  EXPECT_FALSE(b->fd_log.is_open() || b->fd_qcc.is_open());
-  a->fd_log.write("a2|");
-  a->fd_qcc.write("q2|");
-  a->fd_log.close();
-  a->fd_qcc.close();
-
-  // One header each (written at creation), the re-opened file appended to.
-  OutFile hdr;
-  ASSERT_TRUE(hdr.open((tmp / "expected").c_str(), "wb"));
-  Log_fhdr(hdr);
-  hdr.close();
-  const std::string head = e2e::read_file(tmp / "expected");
-  EXPECT_EQ(e2e::read_file(tmp / "ID9A3F.lml"), head + "a1|a2|");
-  EXPECT_EQ(e2e::read_file(tmp / "ID9A3F.qcc"), head + "\r\n\r\n" + "q1|q2|");
-  EXPECT_EQ(e2e::read_file(tmp / "ID0001.lml"), head);
-}
-
-TEST_F(UnitRegistry, PathMustFitTheNameField) {
+TEST_F(Registry, UnitFilePathMustFitItsField) {
   // DirOut + "ID0001.lml" of exactly 132 characters fits the 133-byte field; one more does not.
   const std::string base = tmp.str() + "/";
-  const std::size_t pad = 132 - base.size() - std::string("/ID0001.lml").size();
-  const std::string dir = base + std::string(pad, 'd');
-  std::filesystem::create_directory(dir);
-  std::filesystem::create_directory(dir + "e");
+  const std::string dir = base + std::string(132 - base.size() - std::string("/ID0001.lml").size(), 'd');
+  for (const std::string& d : {dir, dir + "e"}) std::filesystem::create_directory(d);
   G.Log_on = 1;
-
   ASSERT_TRUE(set_text(G.DirOut, dir + "/"));
-  UNIT_T* u = Unit_find(sh(1).data());
-  EXPECT_EQ(std::string(u->log_name).size(), 132u);
+  EXPECT_EQ(std::string(Unit_find(sh(1).data())->log_name).size(), 132u);
   EXPECT_TRUE(e2e::exists(dir + "/ID0001.lml"));
-
   ASSERT_TRUE(set_text(G.DirOut, dir + "e/"));
   try {
     Unit_find(sh(2).data());
@@ -134,6 +85,70 @@ TEST_F(UnitRegistry, PathMustFitTheNameField) {
     EXPECT_EQ(e.status, 20);
   }
   EXPECT_FALSE(e2e::exists(dir + "e/ID0002.lml"));
+}
+
+TEST_F(Registry, NewEventsGoAfterTheCurrentOneAndRemovalMakesThePredecessorCurrent) {
+  // Rings from the current event, the one met last: after the packets, then once it is removed.
+  const struct { std::vector<unsigned> packets, ring, after_removal; } cases[] = {
+      {{1, 2, 3}, {3, 1, 2}, {2, 1}},
+      {{1, 2, 1, 3}, {3, 2, 1}, {1, 2}},
+      {{1, 2, 1, 2, 1}, {1, 2}, {2}},
+      {{1, 2, 3, 1}, {1, 2, 3}, {3, 2}},
+      {{1, 2, 3, 2}, {2, 3, 1}, {1, 3}},
+      {{5}, {5}, {}},
+  };
+  for (const auto& c : cases) {
+    restart(0);
+    for (unsigned n : c.packets) EXPECT_EQ(find(n), unit->evt);
+    EXPECT_EQ(ring_ids(unit->evt), c.ring);
+    Evt_remove(unit->evt);
+    EXPECT_EQ(ring_ids(unit->evt), c.after_removal);
+  }
+}
+
+TEST_F(Registry, SequenceCheck) {
+  const auto line = [](int seq, int event) {
+    return "\nBlock sequence # " + std::to_string(seq) + " is out of sequence in Event #" + std::to_string(event) +
+           "\n\n";
+  };
+  // Packets as (event, sequence); whether event 7 ends up marked; what the unit log shows.
+  const struct { std::vector<std::pair<unsigned, unsigned>> packets; bool bad7; std::string logged; } cases[] = {
+      {{{7, 42}}, false, ""},  // the first packet of an event is never out of sequence
+      {{{7, 1}, {7, 2}, {7, 3}}, false, ""},
+      {{{7, 5}, {7, 6}, {7, 8}}, true, line(8, 7)},
+      {{{7, 5}, {7, 5}}, true, line(5, 7)},
+      {{{7, 5}, {7, 4}, {7, 9}}, true, line(4, 7) + line(9, 7)},
+      {{{7, 9998}, {7, 9999}, {7, 1}}, false, ""},            // any number after 9999
+      {{{7, 0}, {7, 17}}, false, ""},                         // and after 0
+      {{{7, 1}, {8, 1}, {7, 2}, {8, 5}}, false, line(5, 8)},  // each event keeps its own count
+  };
+  for (const auto& c : cases) {
+    restart(1);
+    for (const auto& [event, seq] : c.packets) EXPECT_EQ(find(event, seq)->seq, seq);
+    EXPECT_EQ(ring_find(unit->evt, [](Evt* e) { return e->evt == 7; })->bad, c.bad7 ? 1 : 0);
+    unit->fd_log.close();
+    const std::string log = e2e::read_file(tmp / "ID0042.lml");
+    EXPECT_EQ(log.substr(log.find("\r\n\r\n", log.find("   Command Line : ")) + 4), c.logged);
+  }
+}
+
+TEST_F(Registry, OnlyTheCurrentEventOfTheCurrentUnitKeepsTraceFilesOpen) {
+  for (std::uint16_t log : {0, 1}) {
+    restart(log);
+    Evt* a = find(1);
+    CHNLST_T* a0 = Chn_find(a, dt(1, 0, 0).data());
+    CHNLST_T* a1 = Chn_find(a, dt(1, 0, 1).data());
+    EXPECT_EQ(find(1), a);  // same event: files stay open
+    EXPECT_EQ(G.N_opn_fls, 2);
+    CHNLST_T* b0 = Chn_find(find(2), dt(2, 0, 0).data());
+    EXPECT_FALSE(a0->fp.is_open() || a1->fp.is_open());
+    EXPECT_EQ(a0->file_open + a1->file_open, 0);
+    EXPECT_EQ(G.N_opn_fls, 1);
+    Unit_find(sh(0x0777).data());  // another unit, whatever the log switch
+    EXPECT_FALSE(b0->fp.is_open()) << "log " << log;
+    EXPECT_EQ(G.N_opn_fls, 0) << "log " << log;
+    EXPECT_EQ(ring_ids(a), (std::vector<unsigned>{1, 2})) << "the events stay open";
+  }
 }
 
 }  // namespace
