@@ -104,6 +104,18 @@ TEST(SteimTest, EveryWordLayout) {
   }
 }
 
+TEST(SteimTest, BitFieldHelpers) {
+  const struct { std::uint32_t word; int shift, nbits; std::int32_t want; } cases[] = {
+      {0x5FFFFFFF, 0, 30, (1 << 29) - 1}, {0x8000FFFF, 15, 15, 1}, {0x8000FFFF, 0, 15, -1}, {0x40000000, 30, 2, 1},
+      {0x8FFFFFFF, 24, 4, -1}, {0x00000041, 0, 6, 1}, {0xFFFFFFFF, 0, 32, -1}, {0x12345678, 0, 0, 0},
+      {0x12345678, 33, 4, 0}, {0x12345678, 0, 33, 0}};
+  for (const auto& c : cases) EXPECT_EQ(lm::Steim2_get_bits(c.word, c.shift, c.nbits), c.want) << std::hex << c.word;
+  const std::uint8_t control[4] = {0x1B, 0xE4, 0x00, 0xFF};
+  std::uint8_t codes[16];
+  lm::C0_flag_cvt(control, codes);
+  EXPECT_EQ(std::vector<int>(codes, codes + 16), (std::vector<int>{0, 1, 2, 3, 3, 2, 1, 0, 0, 0, 0, 0, 3, 3, 3, 3}));
+}
+
 TEST(SteimTest, AllFifteenFramesAreDecodedUpToTheLastByte) {
   const struct { std::uint8_t format; unsigned code; std::uint32_t word; unsigned per_word; } cases[] = {
       {0xC0, 1, 0x01010101u, 4}, {0xC2, 3, 0x81111111u, 7}, {0xC2, 2, 0xC0100401u, 3}};

@@ -151,4 +151,20 @@ TEST_F(Registry, OnlyTheCurrentEventOfTheCurrentUnitKeepsTraceFilesOpen) {
   }
 }
 
+TEST_F(Registry, RemovalGoesOnPastATraceFileThatCannotBeReopened) {
+  ASSERT_NE(std::freopen("/dev/null", "r", stdin), nullptr);  // the channel dump waits for a key
+  Evt* e = find(1);
+  const std::string lost = Chn_find(e, dt(1, 0, 0).data())->name;
+  CHNLST_T* chn = Chn_find(e, dt(1, 0, 1).data());
+  chn->cnt = 7;
+  const std::string kept = chn->name;
+  std::filesystem::remove(lost);
+  testing::internal::CaptureStdout();
+  Evt_remove(e);
+  const std::string out = testing::internal::GetCapturedStdout();
+  EXPECT_TRUE(out.starts_with("\n!!!Could not re-open '" + lost + "'!!!\nChan structure (0042):")) << out;
+  EXPECT_NE(e2e::read_file(kept).find("$Samples=7         \r\n"), std::string::npos) << "the other channel is finished";
+  EXPECT_EQ(unit->evt, nullptr);
+}
+
 }  // namespace
