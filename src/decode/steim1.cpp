@@ -18,8 +18,9 @@ void C0_flag_cvt(const std::uint8_t* word, std::uint8_t* codes) {
 
 namespace steim {
 
-void finish(CHNLST_T* chn, const std::uint8_t* packet, const std::uint32_t* buf, std::uint32_t x0,
-            std::uint32_t xn, std::uint16_t n_hdr, std::uint32_t d0, std::uint32_t s, bool mismatch) {
+void finish(CHNLST_T* chn, const std::uint8_t* packet, const std::uint32_t* buf, const PacketClaims& claims,
+            std::uint32_t d0, std::uint32_t s, bool mismatch) {
+  const auto [n_hdr, x0, xn] = claims;
   const unsigned n_calc = buf[0] & 0xFFFFu;
   if (s == xn && n_calc == n_hdr && !mismatch) {
     chn->last = static_cast<std::int32_t>(s);
@@ -43,10 +44,9 @@ void finish(CHNLST_T* chn, const std::uint8_t* packet, const std::uint32_t* buf,
 
 void Buf_c0(CHNLST_T* chn, const std::uint8_t* packet, std::uint32_t* buf) {
   using namespace steim;
-  const std::uint16_t n_hdr = hdr::kSamples.value(packet);
+  const PacketClaims claims(packet);
+  const std::uint32_t x0 = claims.x0;
   buf[0] = 0;
-  const std::uint32_t x0 = load_be32(packet + kX0);
-  const std::uint32_t xn = load_be32(packet + kXn);
 
   // The first difference only sets the integration start so that the first sample is X0.
   const std::uint32_t w3 = load_be32(packet + word_offset(1, kFirstDataWord));
@@ -88,7 +88,7 @@ void Buf_c0(CHNLST_T* chn, const std::uint8_t* packet, std::uint32_t* buf) {
     }
   }
   buf[0] = static_cast<std::uint32_t>(out - (buf + 1));
-  finish(chn, packet, buf, x0, xn, n_hdr, d0, s, mismatch);
+  finish(chn, packet, buf, claims, d0, s, mismatch);
 }
 
 }  // namespace lm

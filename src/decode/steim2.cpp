@@ -53,10 +53,9 @@ void undefined_nibble(unsigned nibble) { std::printf("Error in Steim2 W-type (%d
 
 void Buf_c2(CHNLST_T* chn, const std::uint8_t* packet, std::uint32_t* buf) {
   using namespace steim;
-  const std::uint16_t n_hdr = hdr::kSamples.value(packet);
+  const PacketClaims claims(packet);
+  const std::uint32_t x0 = claims.x0;
   buf[0] = 0;
-  const std::uint32_t x0 = load_be32(packet + kX0);
-  const std::uint32_t xn = load_be32(packet + kXn);
 
   // The first data word is the first one of frame 1 with a non-zero code; earlier words are empty.
   const std::uint32_t control1 = load_be32(packet + word_offset(1, 0));
@@ -100,7 +99,7 @@ void Buf_c2(CHNLST_T* chn, const std::uint8_t* packet, std::uint32_t* buf) {
     }
   }
   buf[0] = static_cast<std::uint32_t>(out - (buf + 1));
-  finish(chn, packet, buf, x0, xn, n_hdr, d0, s, mismatch);
+  finish(chn, packet, buf, claims, d0, s, mismatch);
 }
 
 }  // namespace lm

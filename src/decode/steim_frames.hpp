@@ -31,10 +31,18 @@ constexpr std::int32_t sext(std::uint32_t v, int bits) {
   return static_cast<std::int32_t>(v << (32 - bits)) >> (32 - bits);
 }
 
+// What every Steim packet states about itself: its sample count and the integration constants.
+struct PacketClaims {
+  std::uint16_t n_hdr;
+  std::uint32_t x0, xn;
+  explicit PacketClaims(const std::uint8_t* packet)
+      : n_hdr(hdr::kSamples.value(packet)), x0(load_be32(packet + kX0)), xn(load_be32(packet + kXn)) {}
+};
+
 // The checks after the last frame: on success the channel carries s on; otherwise the report goes
 // to the unit's packet log (when logging is on) and the channel carries Xn on.
-void finish(CHNLST_T* chn, const std::uint8_t* packet, const std::uint32_t* buf, std::uint32_t x0,
-            std::uint32_t xn, std::uint16_t n_hdr, std::uint32_t d0, std::uint32_t s, bool mismatch);
+void finish(CHNLST_T* chn, const std::uint8_t* packet, const std::uint32_t* buf, const PacketClaims& claims,
+            std::uint32_t d0, std::uint32_t s, bool mismatch);
 
 }  // namespace steim
 }  // namespace lm

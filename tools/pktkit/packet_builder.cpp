@@ -50,22 +50,32 @@ void put_ext(Packet& p, unsigned event, unsigned stream, unsigned channel, unsig
   p[23] = format;
 }
 
+namespace {
+
+// A DT packet of uncompressed samples of `bytes` bytes each (2 or 4), as many as fit.
+Packet make_dt_raw(int bytes, std::uint16_t unit, PktTime t, unsigned seq, unsigned event, unsigned stream,
+                   unsigned channel, const std::vector<std::int32_t>& samples) {
+  Packet p = make_header("DT", unit, t, seq);
+  put_ext(p, event, stream, channel, static_cast<unsigned>(samples.size()), 0, bytes == 2 ? 0x16 : 0x32);
+  const std::size_t fit = 1000 / static_cast<std::size_t>(bytes);
+  for (std::size_t i = 0; i < samples.size() && i < fit; ++i) {
+    const int off = 24 + bytes * static_cast<int>(i);
+    if (bytes == 2) put_be16(p, off, static_cast<std::uint16_t>(samples[i]));
+    else put_be32(p, off, static_cast<std::uint32_t>(samples[i]));
+  }
+  return p;
+}
+
+}  // namespace
+
 Packet make_dt16(std::uint16_t unit, PktTime t, unsigned seq, unsigned event, unsigned stream, unsigned channel,
                  const std::vector<std::int32_t>& samples) {
-  Packet p = make_header("DT", unit, t, seq);
-  put_ext(p, event, stream, channel, static_cast<unsigned>(samples.size()), 0, 0x16);
-  for (std::size_t i = 0; i < samples.size() && i < 500; ++i)
-    put_be16(p, 24 + 2 * static_cast<int>(i), static_cast<std::uint16_t>(samples[i]));
-  return p;
+  return make_dt_raw(2, unit, t, seq, event, stream, channel, samples);
 }
 
 Packet make_dt32(std::uint16_t unit, PktTime t, unsigned seq, unsigned event, unsigned stream, unsigned channel,
                  const std::vector<std::int32_t>& samples) {
-  Packet p = make_header("DT", unit, t, seq);
-  put_ext(p, event, stream, channel, static_cast<unsigned>(samples.size()), 0, 0x32);
-  for (std::size_t i = 0; i < samples.size() && i < 250; ++i)
-    put_be32(p, 24 + 4 * static_cast<int>(i), static_cast<std::uint32_t>(samples[i]));
-  return p;
+  return make_dt_raw(4, unit, t, seq, event, stream, channel, samples);
 }
 
 namespace {
