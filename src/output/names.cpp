@@ -13,6 +13,11 @@
 namespace lm {
 namespace {
 
+// Place of the uniqueness letter in a trace file's base name.
+constexpr std::size_t kUniquePos = 24;
+// Room for any path the name rules can build (DirOut, subdirectories, base name, extension).
+constexpr std::size_t kPathRoom = 256;
+
 // A time string cut to at most 16 characters in a buffer of its own, so that the field slices
 // below never read past it even when the text is short.
 struct TimeCopy {
@@ -28,8 +33,8 @@ std::size_t written(int n) { return n < 0 ? kPathRoom : static_cast<std::size_t>
 // The run ends with the file-open error when a path does not fit its record.
 [[noreturn]] void too_long(const char* path) { shut_down(20, path); }
 
-}  // namespace
-
+// DirOut followed by the subdirectories of Path_option for the time string; the length written,
+// or cap or more when it did not fit.
 std::size_t out_dir(char* out, std::size_t cap, const char* time) {
   const TimeCopy c(time);
   const char* t = c.t;
@@ -50,6 +55,7 @@ std::size_t out_dir(char* out, std::size_t cap, const char* time) {
   return written(n);
 }
 
+// The five-character name part: station name or unit ID by Name_option.
 void name_part(const Evt& evt, char (&out)[6]) {
   const std::string_view station(evt.stn_name, strnlen(evt.stn_name, sizeof evt.stn_name));
   const bool use_station = G.Name_option == 2 || (G.Name_option == 0 && station != "     ");
@@ -66,6 +72,7 @@ void name_part(const Evt& evt, char (&out)[6]) {
   out[5] = '\0';
 }
 
+// Base name of a trace file (without extension); the length written, cap or more when cut.
 std::size_t trace_base(char* out, std::size_t cap, const char* time, const char* name, std::uint16_t stream,
                        std::uint16_t channel) {
   const TimeCopy c(time);
@@ -73,6 +80,8 @@ std::size_t trace_base(char* out, std::size_t cap, const char* time, const char*
   return written(std::snprintf(out, cap, "%4.4s%3.3s%2.2s%2.2s%2.2s%3.3s_%s_%01u_%01X", t, t + 4, t + 7, t + 9,
                                t + 11, t + 13, name, unsigned{stream} + 1u, unsigned{channel} + 1u));
 }
+
+}  // namespace
 
 void Asc_chn_name(CHNLST_T* chn, const char* time) {
   char path[kPathRoom];
