@@ -13,15 +13,13 @@
 #include "run/file_util.hpp"
 #include "run/globals.hpp"
 #include "run/shut_down.hpp"
+#include "run/text.hpp"
 #include "time/time_str.hpp"
 
 namespace lm {
 namespace {
 
-void set_time(char (&dst)[kTimeLen + 1], const char* time) {
-  std::memcpy(dst, time, kTimeLen);
-  dst[kTimeLen] = '\0';
-}
+void set_time(char (&dst)[kTimeLen + 1], const char* time) { set_text(dst, {time, kTimeLen}); }
 
 // Keeps the number of open trace files near the limit: closes the first open file met walking
 // back from the walk's starting channel, stopping at the packet's own channel.

@@ -86,15 +86,8 @@ void Evt_remove(Evt* evt) {
 
   if (G.Flag_info.gather) Asc_merge(evt);
 
-  if (CHNLST_T* c = evt->chn) {
-    c->prv->nxt = nullptr;  // break the ring, then free along it
-    while (c) {
-      CHNLST_T* next = c->nxt;
-      delete c;  // closes its trace file if still open
-      c = next;
-    }
-    evt->chn = nullptr;
-  }
+  ring_delete_all(evt->chn);
+  evt->chn = nullptr;
 
   UNIT_T* unit = evt->unit;
   Evt* before = ring_unlink(evt);

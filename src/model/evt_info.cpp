@@ -4,17 +4,11 @@
 #include "model/event.hpp"
 #include "packet/event_fields.hpp"
 #include "run/file_util.hpp"
+#include "run/text.hpp"
 
 namespace lm {
 
 namespace {
-
-// Copies at most n characters of a packet text into dst (n + 1 bytes); a NUL ends the copy early.
-void copy_text(char* dst, const TextField& f, const std::uint8_t* pkt) {
-  std::size_t i = 0;
-  for (; i < f.width && f.at(pkt, static_cast<std::uint16_t>(i)) != '\0'; ++i) dst[i] = f.at(pkt, static_cast<std::uint16_t>(i));
-  dst[i] = '\0';
-}
 
 float number(const TextField& f, const std::uint8_t* pkt) { return stof(f.ptr(pkt), f.width); }
 
@@ -26,11 +20,11 @@ void Evt_info(Evt* evt, const std::uint8_t* packet) {
     std::memcpy(evt->trg_type, "MIM ", 5);
   } else {
     evt->rate = number(eh::kRate, packet);
-    copy_text(evt->trg_type, eh::kTrigger, packet);
+    set_text(evt->trg_type, eh::kTrigger.text(packet));
   }
 
-  copy_text(evt->smp_time_1st, eh::kFirstTime, packet);
-  copy_text(evt->last, eh::kLastTime, packet);
+  set_text(evt->smp_time_1st, eh::kFirstTime.text(packet));
+  set_text(evt->last, eh::kLastTime.text(packet));
 
   ChnInfo& info = evt->chn_info[eh::block(packet)];
   for (const ChnColumn& c : chn_col::kAll)

@@ -54,4 +54,21 @@ void ring_for_each(T* start, F f) {
   } while (p != start);
 }
 
+// Frees every element of the ring that `start` is in (null: nothing), calling f on each first.
+template <class T, class F>
+void ring_delete_all(T* start, F f) {
+  if (!start) return;
+  start->prv->nxt = nullptr;  // break the ring, then free along it
+  while (start) {
+    T* next = start->nxt;
+    f(start);
+    delete start;
+    start = next;
+  }
+}
+template <class T>
+void ring_delete_all(T* start) {
+  ring_delete_all(start, [](T*) {});
+}
+
 }  // namespace lm

@@ -8,6 +8,7 @@
 #include "run/file_util.hpp"
 #include "run/globals.hpp"
 #include "run/shut_down.hpp"
+#include "run/text.hpp"
 #include "time/time_str.hpp"
 
 namespace lm {
@@ -22,9 +23,7 @@ constexpr std::size_t kPathRoom = 256;
 // below never read past it even when the text is short.
 struct TimeCopy {
   char t[kTimeLen + 1] = {};
-  explicit TimeCopy(const char* time) {
-    for (int i = 0; i < kTimeLen && time[i] != '\0'; ++i) t[i] = time[i];
-  }
+  explicit TimeCopy(const char* time) { set_text(t, {time, strnlen(time, kTimeLen)}); }
 };
 
 // What snprintf wrote; an output error counts as a text that does not fit.

@@ -2,6 +2,7 @@
 // Named accessors for packet fields: every offset, width and encoding of the packet formats lives
 // here, beside the type it belongs to, never scattered through the logic.
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 #include "packet/bcd.hpp"
@@ -24,6 +25,8 @@ struct TextField {
   std::string_view view(const std::uint8_t* pkt) const {
     return {reinterpret_cast<const char*>(pkt + off), width};
   }
+  // The text up to the field's width or its first NUL.
+  std::string_view text(const std::uint8_t* pkt) const { return {ptr(pkt), strnlen(ptr(pkt), width)}; }
   const char* ptr(const std::uint8_t* pkt) const { return reinterpret_cast<const char*>(pkt + off); }
   char at(const std::uint8_t* pkt, std::uint16_t i = 0) const { return static_cast<char>(pkt[off + i]); }
 };

@@ -61,10 +61,7 @@ void finish(std::uint8_t* packet) {
   }
   ring_for_each(start, [](UNIT_T* u) {
     while (u->evt) Evt_remove(u->evt);
-    if (G.Log_on && u->log_open) {
-      u->fd_log.close();
-      u->log_open = 0;
-    }
+    if (G.Log_on) Unit_file_close(u, 0);
   });
 }
 

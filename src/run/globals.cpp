@@ -7,41 +7,12 @@ namespace lm {
 
 Globals G;
 
-namespace {
-
-void free_event(Evt* e) {
-  CHNLST_T* c = e->chn;
-  if (c) {
-    c->prv->nxt = nullptr;  // break the ring, then free along it
-    while (c) {
-      CHNLST_T* next = c->nxt;
-      delete c;  // closes (flushes) its trace file
-      c = next;
-    }
-  }
-  delete e;
-}
-
-}  // namespace
-
 void reset_globals() {
-  if (UNIT_T* start = G.unit_start) {
-    start->prv->nxt = nullptr;
-    for (UNIT_T* u = start; u;) {
-      UNIT_T* next = u->nxt;
-      if (Evt* e = u->evt) {
-        e->prv->nxt = nullptr;
-        while (e) {
-          Evt* en = e->nxt;
-          free_event(e);
-          e = en;
-        }
-      }
-      delete u;
-      u = next;
-    }
-    G.unit_start = nullptr;
-  }
+  // Records own their files: deleting them closes (flushes) every stream still open.
+  ring_delete_all(G.unit_start, [](UNIT_T* u) {
+    ring_delete_all(u->evt, [](Evt* e) { ring_delete_all(e->chn); });
+  });
+  G.unit_start = nullptr;
   if (G.FdIn) std::fclose(G.FdIn);
   G.FdIn = nullptr;
   G.FdLog.close();
