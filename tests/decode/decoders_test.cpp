@@ -104,17 +104,6 @@ TEST(SteimTest, EveryWordLayout) {
   }
 }
 
-TEST(Decoders, SelectedByTheDataFormatByte) {
-  using lm::decoder_for;
-  for (int f = 0; f < 256; ++f) {
-    const auto want = f == 0x00 || f == 0x32 || f == 0x33 ? lm::Buf_32
-                      : f == 0x01 || f == 0x16 || f == 0x17 ? lm::Buf_16
-                      : f == 0x02 || f == 0x03 || f == 0xC0 || f == 0xC1 ? lm::Buf_c0
-                      : f == 0xC2 || f == 0xC3 ? lm::Buf_c2 : nullptr;
-    EXPECT_EQ(decoder_for(static_cast<std::uint8_t>(f)), want) << f;
-  }
-}
-
 TEST(SteimTest, BitFieldHelpers) {
   const struct { std::uint32_t word; int shift, nbits; std::int32_t want; } cases[] = {
       {0x5FFFFFFF, 0, 30, (1 << 29) - 1}, {0x8000FFFF, 15, 15, 1}, {0x8000FFFF, 0, 15, -1}, {0x40000000, 30, 2, 1},

@@ -39,10 +39,7 @@ TEST(Bcd, UnbcdWritesTwoCharactersPerByteAndNoTerminator) {
   EXPECT_EQ(std::string(out, 7), "123?:0#");
 }
 
-TEST(Bcd, ByteOrderHelpers) {
-  EXPECT_EQ(swap16(0x0102), 0x0201);
-  EXPECT_EQ(swap16(0x00FF), static_cast<std::int16_t>(0xFF00));
-  EXPECT_EQ(swap32(0x01020304u), 0x04030201u);
+TEST(Bcd, ReverseReadsMostSignificantFirstAndRejectsOtherWidths) {
   const std::uint8_t b[] = {0x01, 0x02, 0x03, 0x04};
   EXPECT_EQ(reverse(b, 4), 0x01020304u);
   EXPECT_EQ(reverse(b, 2), 0x0102u);
@@ -68,10 +65,8 @@ TEST(Codes, CodeSetIsExactAndCaseSensitive) {
   const struct {
     const char* letters;
     std::uint16_t want;
-  } cases[] = {{"EH", 1}, {"ET", 2}, {"DT", 3}, {"SH", 4}, {"SC", 5}, {"DS", 6}, {"CD", 7},
-               {"OM", 8}, {"AD", 9}, {"DR", 10}, {"NH", 11}, {"NT", 12}, {"FD", 13},
-               {"eh", 0}, {"XX", 0}, {"HE", 0}, {"TD", 0},  // straddles two table entries ("EHETDT")
-               {"\0\0", 0}};
+  } cases[] = {{"EH", 1}, {"DT", 3}, {"FD", 13}, {"eh", 0}, {"XX", 0},
+               {"HE", 0}, {"TD", 0}};  // straddling two table entries ("EHETDT") is no code
   for (const auto& c : cases) {
     std::uint8_t pkt[2] = {static_cast<std::uint8_t>(c.letters[0]), static_cast<std::uint8_t>(c.letters[1])};
     EXPECT_EQ(code_set(pkt), c.want) << c.letters;
