@@ -25,13 +25,14 @@ void pkt_time_str(const std::uint8_t* packet, char* out) {
   const std::int64_t yy = int_or_0({h.at(hdr::digit::kYear), 2});
   out[0] = yy < 85 ? '2' : '1';
   out[1] = yy < 85 ? '0' : '9';
-  auto put = [&](TimeText::Slice s, int from, int digits) { std::memcpy(out + s.at + s.len - digits, h.at(from), digits); };
-  put(TimeText::kYear, hdr::digit::kYear, 2);
-  put(TimeText::kDay, hdr::digit::kDay, 3);
-  put(TimeText::kHour, hdr::digit::kHour, 2);
-  put(TimeText::kMinute, hdr::digit::kMinute, 2);
-  put(TimeText::kSecond, hdr::digit::kSecond, 2);
-  put(TimeText::kMilli, hdr::digit::kMilli, 3);
+  // The header's fields are as wide as the string's, but for the year's two digits.
+  std::memcpy(out + 2, h.at(hdr::digit::kYear), 2);
+  auto put = [&](TimeText::Slice s, int from) { std::memcpy(out + s.at, h.at(from), static_cast<std::size_t>(s.len)); };
+  put(TimeText::kDay, hdr::digit::kDay);
+  put(TimeText::kHour, hdr::digit::kHour);
+  put(TimeText::kMinute, hdr::digit::kMinute);
+  put(TimeText::kSecond, hdr::digit::kSecond);
+  put(TimeText::kMilli, hdr::digit::kMilli);
   out[kTimeLen] = '\0';
 }
 

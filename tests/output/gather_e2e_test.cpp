@@ -10,13 +10,7 @@
 
 namespace {
 
-// A trace file of event 7 of unit 9A3F with no event header; `samples` are the sample lines.
-std::string trace(unsigned channel, unsigned count, const std::string& samples) {
-  return "$ChnID=9A3F:0007:01:0" + std::to_string(channel) + "\r\n$Station=     \r\n$Samples=" + std::to_string(count) +
-         "         \r\n$Rate=      0.0000\r\n$Time=2009:032:00:00:00.000\r\n$TimeQual=-1\r\n$BitWeight=        \r\n"
-         "$Gain= 1.000\r\n$SensorVPU= 0.000 ???             \r\n$LLA= 0.000  0.000    0.0\r\n" +
-         samples;
-}
+using e2e::bare_trace;
 
 struct GatherCase {
   const char* what;
@@ -27,17 +21,12 @@ struct GatherCase {
 };
 
 const GatherCase kCases[] = {
-    {"a later first channel goes after the current one: 1, 4, 2, 3",
-     {},
-     {1, 2, 3, 1, 4},
+    {"a later first channel goes after the current one: 1, 4, 2, 3", {}, {1, 2, 3, 1, 4},
      {"2009032000000000_09A3F_1.adt"},
-     trace(1, 2, "11\r\n41\r\n") + trace(4, 1, "54\r\n") + trace(2, 1, "22\r\n") + trace(3, 1, "33\r\n")},
-    {"the last packet's channel wrote nothing: nothing gathered",
-     {"-T1"},
-     {1, 1, 2},
-     {"2009032000000000_09A3F_1_1.atr", "2009032000000000_09A3F_1_2.atr"},
-     ""},
-    {"no trace files with -S0", {"-S0"}, {1, 2}, {}, ""},
+     bare_trace(1, 2, "11\r\n41\r\n") + bare_trace(4, 1, "54\r\n") + bare_trace(2, 1, "22\r\n") +
+         bare_trace(3, 1, "33\r\n")},
+    {"the last packet's channel wrote nothing: nothing gathered", {"-T1"}, {1, 1, 2},
+     {"2009032000000000_09A3F_1_1.atr", "2009032000000000_09A3F_1_2.atr"}, ""},
 };
 
 TEST(GatherE2e, GatheredFilesWhole) {
@@ -66,7 +55,7 @@ TEST(GatherE2e, ALaterRunReplacesTheGatheredFile) {
     e2e::write_packets(tmp / "in.pkt", {pktkit::make_dt16(0x9A3F, {}, 1, 7, 0, 0, {sample})});
     ASSERT_EQ(e2e::run({"in.pkt", "-VN", "-LN", "-GY"}, tmp.str(), (tmp / "none.ini").c_str()).status, 0);
   }
-  EXPECT_EQ(e2e::read_file(tmp / "2009032000000000_09A3F_1.adt"), trace(1, 1, "2\r\n"));
+  EXPECT_EQ(e2e::read_file(tmp / "2009032000000000_09A3F_1.adt"), bare_trace(1, 1, "2\r\n"));
 }
 
 }  // namespace
