@@ -1,9 +1,216 @@
 #include "config/ini.hpp"
 
-namespace lm {
+#include <cstdio>
+#include <cstring>
+#include <iterator>
+#include <optional>
+#include <string_view>
 
-// The INI reader is not built yet: units and channels keep their defaults.
-void Unit_ini(UNIT_T*) {}
-void Chn_ini(CHNLST_T*) {}
+#include "config/tables.hpp"
+#include "model/channel.hpp"
+#include "run/file_util.hpp"
+#include "run/globals.hpp"
+#include "run/number.hpp"
+#include "run/text.hpp"
+
+namespace lm {
+namespace {
+
+// A read takes at most 99 characters; the rest of a longer line comes back as a line of its own.
+constexpr int kLineBuf = 100;
+
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+char upper(char c) { return (c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c; }
+
+bool starts_nocase(std::string_view text, std::string_view prefix) {
+  if (text.size() < prefix.size()) return false;
+  for (std::size_t i = 0; i < prefix.size(); ++i)
+    if (upper(text[i]) != upper(prefix[i])) return false;
+  return true;
+}
+
+// The value of a key line: after the first "=" and any ";", CR or LF right behind it, up to the
+// next ";", CR or LF, leading blanks dropped and trailing ones kept. None without "=" or text after it.
+std::optional<std::string_view> value_of(std::string_view line) {
+  const std::size_t eq = line.find('=');
+  if (eq == std::string_view::npos) return std::nullopt;
+  std::string_view v = line.substr(eq + 1);
+  const std::size_t from = v.find_first_not_of(";\r\n");
+  if (from == std::string_view::npos) return std::nullopt;
+  v = v.substr(from);
+  v = v.substr(0, v.find_first_of(";\r\n"));
+  const std::size_t text = v.find_first_not_of(' ');
+  return text == std::string_view::npos ? std::string_view() : v.substr(text);
+}
+
+// Field setters. "first" ones take a value only while the field is still 0 (the first line wins).
+template <class T>
+void first(T& field, T value) {
+  if (field == 0) field = value;
+}
+template <class T>
+T as_int(std::string_view v) {
+  return static_cast<T>(int_or_0(v));  // cut to the field's width
+}
+template <std::size_t N>
+void text(char (&field)[N], std::string_view v, std::size_t max) {
+  set_text(field, v.substr(0, max));
+}
+
+using UnitSetter = void (*)(UNIT_T&, std::string_view);
+void unit_none(UNIT_T&, std::string_view) {}  // matched, but the record has no field for it
+
+// In the order of IniKeyUnit.
+constexpr UnitSetter kUnitSetters[] = {
+    unit_none,                                                                         // DASType
+    [](UNIT_T& u, std::string_view v) { first(u.alt, double_or_0(v)); },               // Altitude
+    [](UNIT_T& u, std::string_view v) { first(u.lat, double_or_0(v)); },               // Latitude
+    [](UNIT_T& u, std::string_view v) { first(u.lon, double_or_0(v)); },               // Longitude
+    unit_none,                                                                         // Network
+    unit_none,                                                                         // NetSEED
+    [](UNIT_T& u, std::string_view v) { text(u.station, v, 5); },                      // Station
+    [](UNIT_T& u, std::string_view v) { first(u.orientation, as_int<std::uint16_t>(v)); },  // Orientation
+    [](UNIT_T& u, std::string_view v) { first(u.das_cnt, as_int<std::uint16_t>(v)); },      // StatDASCnt
+    [](UNIT_T& u, std::string_view v) { first(u.chn_cnt, as_int<std::uint16_t>(v)); },      // StatChnCnt
+    [](UNIT_T& u, std::string_view v) { text(u.geology, v, 40); },                     // CosGeology
+    unit_none,                                                                         // CosNet
+    [](UNIT_T& u, std::string_view v) { u.stn_type = as_int<std::uint16_t>(v); },      // CosStn
+};
+static_assert(std::size(kUnitSetters) + 1 == std::size(IniKeyUnit));
+
+// The sensor row of the channel's make and model, with its constants for the fields still 0, unless
+// a known sensor was identified already.
+void lookup_sensor(CHNLST_T& c) {
+  const std::uint16_t row = Sensor_find(&c);
+  if (c.sensor_ndx != 0 && c.sensor_ndx != kSensorUnknown) return;
+  const SensorInfo* s = sensor_row(row);
+  if (!s) return;
+  c.sensor_ndx = row;
+  first(c.freq, s->freq);
+  first(c.damp, s->damp);
+  first(c.vpu, s->vpu);
+  first(c.sns_fsa, s->fsa);
+}
+
+using ChnSetter = void (*)(CHNLST_T&, std::string_view);
+void chn_none(CHNLST_T&, std::string_view) {}  // matched, but the record has no field for it
+
+// In the order of IniKeyChn.
+constexpr ChnSetter kChnSetters[] = {
+    [](CHNLST_T& c, std::string_view v) { c.chn_fsa = double_or_0(v); },                  // ChnFSA
+    [](CHNLST_T& c, std::string_view v) { c.bits = as_int<std::uint8_t>(v); },            // ChnRes
+    [](CHNLST_T& c, std::string_view v) { c.band = v.empty() ? '\0' : v[0]; },            // ChnBand
+    [](CHNLST_T& c, std::string_view v) { c.type = v.empty() ? '\0' : upper(v[0]); },     // ChnType
+    [](CHNLST_T& c, std::string_view v) { c.axis = v.empty() ? '\0' : v[0]; },            // ChnAxis
+    [](CHNLST_T& c, std::string_view v) {                                                 // ChnSnsMake
+      if (c.make[0] == '\0') text(c.make, v, 30);
+    },
+    [](CHNLST_T& c, std::string_view v) {                                                 // ChnSnsModel
+      text(c.model, v, 14);
+      lookup_sensor(c);
+    },
+    [](CHNLST_T& c, std::string_view v) { c.sn = as_int<std::uint32_t>(v); },             // ChnSnsSN
+    [](CHNLST_T& c, std::string_view v) { first(c.sns_fsa, double_or_0(v)); },            // ChnSnsFSA
+    [](CHNLST_T& c, std::string_view v) { first(c.vpu, double_or_0(v)); },                // ChnSnsVPU
+    [](CHNLST_T& c, std::string_view v) { first(c.freq, double_or_0(v)); },               // ChnSnsFreq
+    [](CHNLST_T& c, std::string_view v) { first(c.damp, double_or_0(v)); },               // ChnSnsDamp
+    chn_none,                                                                             // ChnLat
+    chn_none,                                                                             // ChnLon
+    chn_none,                                                                             // ChnAlt
+    [](CHNLST_T& c, std::string_view v) { c.azimuth = as_int<std::uint16_t>(v); },        // ChnAzm
+    [](CHNLST_T& c, std::string_view v) { c.depth = double_or_0(v); },                    // ChnDepth
+    [](CHNLST_T& c, std::string_view v) { c.dip = as_int<std::int16_t>(v); },             // ChnDip
+    chn_none,                                                                             // ChnNZNP
+    chn_none,                                                                             // ChnZero
+    chn_none,                                                                             // ChnPole
+    chn_none,                                                                             // ChnNorm
+    [](CHNLST_T& c, std::string_view v) { text(c.seiscomp, v, 4); },                      // ChnSeisComp
+    chn_none,                                                                             // ChnStnChn
+};
+static_assert(std::size(kChnSetters) + 1 == std::size(IniKeyChn));
+
+// Index of the first key whose name (from `skip` characters on) starts the text, -1 for none.
+template <std::size_t N>
+int key_of(std::string_view text, const char (&keys)[N][kIniKeyLen], std::size_t skip) {
+  for (std::size_t k = 0; k + 1 < N; ++k)
+    if (starts_nocase(text, std::string_view(keys[k]).substr(skip))) return static_cast<int>(k);
+  return -1;
+}
+
+void unit_line(UNIT_T& unit, std::string_view line) {
+  const int key = key_of(line, IniKeyUnit, 0);
+  if (key < 0) return;
+  if (const auto v = value_of(line)) kUnitSetters[key](unit, *v);
+}
+
+// "Ch", the channel number (one or two digits counted from 1, or a letter: code - 55), the key's
+// suffix after "Chn", "=" and the value.
+void chn_line(CHNLST_T& chn, std::string_view line) {
+  if (line.size() < 3 || !starts_nocase(line, "ch")) return;
+  const char c = line[2];
+  std::uint16_t n;
+  std::size_t suffix = 3;
+  if (is_digit(c)) {
+    n = static_cast<std::uint16_t>(c - '0');
+    if (line.size() > 3 && is_digit(line[3])) {
+      n = static_cast<std::uint16_t>(10 * n + (line[3] - '0'));
+      suffix = 4;
+    }
+  } else {
+    n = static_cast<std::uint16_t>(static_cast<unsigned char>(c) - 55);
+  }
+  if (static_cast<std::uint16_t>(n - 1) != chn.channel) return;
+  const int key = key_of(line.substr(suffix), IniKeyChn, 3);
+  if (key < 0) return;
+  if (const auto v = value_of(line)) kChnSetters[key](chn, *v);
+}
+
+// Reads the unit's section, handing each of its lines to `take`. The header's offset is kept in
+// ini_first so later reads start there; with `keep_end` the offset where reading stopped goes to ini_last.
+template <class Take>
+void read_section(UNIT_T& unit, std::uint16_t unit_id, bool keep_end, Take take) {
+  if (!fexist(G.FileIni)) return;
+  std::FILE* f = fopen_lm(G.FileIni, "r");
+  if (!f) {
+    std::printf("\nWARNING: Unable to open the INI file %s", G.FileIni);
+    return;
+  }
+  char tag[8];
+  std::snprintf(tag, sizeof tag, "[%04hX]", unit_id);
+  if (std::fseek(f, unit.ini_first, SEEK_SET) != 0) {
+    std::printf("\nWARNING: Unable to set position within the INI file %s", G.FileIni);
+    std::fclose(f);
+    return;
+  }
+  bool found = false;
+  char buf[kLineBuf];
+  for (;;) {
+    const long at = std::ftell(f);
+    if (!std::fgets(buf, sizeof buf, f)) break;
+    const std::string_view line(buf, std::strlen(buf));
+    if (!found) {
+      if (starts_nocase(line, tag)) {
+        unit.ini_first = static_cast<std::int32_t>(at);
+        found = true;
+      }
+      continue;
+    }
+    if (line.starts_with('[')) break;
+    take(line);
+  }
+  if (keep_end) unit.ini_last = static_cast<std::int32_t>(std::ftell(f));
+  std::fclose(f);
+}
+
+}  // namespace
+
+void Unit_ini(UNIT_T* unit) {
+  read_section(*unit, unit->unit_id, true, [unit](std::string_view line) { unit_line(*unit, line); });
+}
+
+void Chn_ini(CHNLST_T* chn) {
+  if (!chn->unit) return;
+  read_section(*chn->unit, chn->unit_id, false, [chn](std::string_view line) { chn_line(*chn, line); });
+}
 
 }  // namespace lm

@@ -13,6 +13,7 @@
 #include "qc/qcc.hpp"
 #include "run/exit.hpp"
 #include "run/globals.hpp"
+#include "run/number.hpp"
 
 namespace lm {
 namespace {
@@ -29,12 +30,10 @@ double full_scale(char code, double keep) {
   }
 }
 
-// Reads a number with a scanf format from a column entry copied into a terminated buffer, so the
-// conversion never runs into the next channel's entry.
-void scan_entry(std::string_view entry, const char* format, double& value) {
-  char text[9] = {};
-  std::memcpy(text, entry.data(), entry.size() < 8 ? entry.size() : 8);
-  std::sscanf(text, format, &value);
+// A number from the first `width` characters of a column entry, so the conversion never runs into
+// the next channel's entry; the value stays when there is none.
+void read_entry(std::string_view entry, std::size_t width, double& value) {
+  if (const auto v = lead_double(entry.substr(0, width))) value = *v;
 }
 
 }  // namespace
@@ -46,7 +45,7 @@ void Chn_ehet(CHNLST_T* chn) {
   std::string_view weight = chn_entry(e, chn_col::kTruWght, n);
   if (weight[0] == ' ') weight = chn_entry(e, chn_col::kBitWght, n);
   if (weight[0] != ' ') {
-    scan_entry(weight, "%5lf", chn->tbw);
+    read_entry(weight, 5, chn->tbw);
     // The metric prefix stands after the five characters of number and a blank ("1.589 uV").
     switch (weight[6]) {
       case 'n': chn->tbw /= 1000.0; [[fallthrough]];
@@ -72,7 +71,7 @@ void Chn_ehet(CHNLST_T* chn) {
   chn->sns_fsa = full_scale(chn_entry(e, chn_col::kSFSV, n)[0], chn->sns_fsa);
 
   const std::string_view svpu = chn_entry(e, chn_col::kSVPU, n);
-  if (svpu[0] != ' ') scan_entry(svpu, "%6lf", chn->vpu);
+  if (svpu[0] != ' ') read_entry(svpu, 6, chn->vpu);
 }
 
 std::uint16_t Sensor_find(CHNLST_T* chn) {

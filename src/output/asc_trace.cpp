@@ -6,6 +6,7 @@
 
 #include "config/tables.hpp"
 #include "run/globals.hpp"
+#include "time/time_str.hpp"
 
 namespace lm {
 namespace {
@@ -50,8 +51,9 @@ void Asc_dhdr_out(CHNLST_T* chn) {
   char rate[64];
   rate_text(chn, rate, sizeof rate);
   f.printf("$Rate=%s\r\n", rate);
-  const char* t = chn->first_time;
-  f.printf("$Time=%4.4s:%3.3s:%2.2s:%2.2s:%2.2s.%3.3s\r\n", t, t + 4, t + 7, t + 9, t + 11, t + 13);
+  const TimeText t(chn->first_time);
+  f.printf("$Time=%4.4s:%3.3s:%2.2s:%2.2s:%2.2s.%3.3s\r\n", t.year(), t.day(), t.hour(), t.minute(), t.second(),
+           t.milli());
   f.printf("$TimeQual=%-2d\r\n", int{e.time_qual});
   std::string_view weight = chn_entry(e, chn_col::kTruWght, chn->channel);
   if (weight[0] == ' ') weight = chn_entry(e, chn_col::kBitWght, chn->channel);

@@ -1,9 +1,54 @@
 #include "output/gather.hpp"
 
-namespace lm {
+#include <cstdio>
 
-// Gathering is not built yet: events keep their trace files.
-void Asc_merge(Evt*) {}
-void Asc_fhdr_out(Evt*) {}
+#include "model/channel.hpp"
+#include "output/names.hpp"
+
+namespace lm {
+namespace {
+
+// The ring's channel with the event's lowest number, where the gathered file begins.
+CHNLST_T* lowest(Evt* evt) {
+  CHNLST_T* c = evt->chn;
+  do {
+    if (c->channel == evt->lo) return c;
+    c = c->nxt;
+  } while (c && c != evt->chn);
+  return evt->chn;  // lo names one of the channels; this only guards a damaged ring
+}
+
+// Appends the channel's trace file to the gathered file; true when every byte reached it.
+bool append_trace(Evt* evt, CHNLST_T* c) {
+  if (!Chn_file_open(c, "rb")) return false;
+  std::FILE* in = c->fp.stream();
+  // The copy is byte for byte, so its pieces need not follow the lines: large blocks are faster.
+  char block[8192];
+  std::size_t n;
+  while ((n = std::fread(block, 1, sizeof block, in)) > 0) evt->fd_evt.write(block, n);
+  const bool read_ok = !std::ferror(in);
+  Chn_file_close(c);
+  std::FILE* out = evt->fd_evt.stream();  // flushed: a failed write shows on the stream
+  return read_ok && out && !std::ferror(out);
+}
+
+}  // namespace
+
+void Asc_fhdr_out(Evt* evt) { evt->fd_evt.open(Asc_evt_name(evt), "w+b"); }
+
+void Asc_merge(Evt* evt) {
+  if (!evt->chn || evt->chn->cnt == 0) return;
+  Asc_fhdr_out(evt);
+  if (!evt->fd_evt.is_open()) return;
+  CHNLST_T* const first = lowest(evt);
+  CHNLST_T* c = first;
+  do {
+    Chn_file_close(c);
+    // A trace file that cannot be read, or whose copy failed, stays on disk.
+    if (append_trace(evt, c)) std::remove(c->name);
+    c = c->nxt;
+  } while (c && c != first);
+  evt->fd_evt.close();
+}
 
 }  // namespace lm

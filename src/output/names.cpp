@@ -8,7 +8,6 @@
 #include "run/file_util.hpp"
 #include "run/globals.hpp"
 #include "run/shut_down.hpp"
-#include "run/text.hpp"
 #include "time/time_str.hpp"
 
 namespace lm {
@@ -19,13 +18,6 @@ constexpr std::size_t kUniquePos = 24;
 // Room for any path the name rules can build (DirOut, subdirectories, base name, extension).
 constexpr std::size_t kPathRoom = 256;
 
-// A time string cut to at most 16 characters in a buffer of its own, so that the field slices
-// below never read past it even when the text is short.
-struct TimeCopy {
-  char t[kTimeLen + 1] = {};
-  explicit TimeCopy(const char* time) { set_text(t, {time, strnlen(time, kTimeLen)}); }
-};
-
 // What snprintf wrote; an output error counts as a text that does not fit.
 std::size_t written(int n) { return n < 0 ? kPathRoom : static_cast<std::size_t>(n); }
 
@@ -35,19 +27,21 @@ std::size_t written(int n) { return n < 0 ? kPathRoom : static_cast<std::size_t>
 // DirOut followed by the subdirectories of Path_option for the time string; the length written,
 // or cap or more when it did not fit.
 std::size_t out_dir(char* out, std::size_t cap, const char* time) {
-  const TimeCopy c(time);
-  const char* t = c.t;
+  const TimeText t(time);
   const char* s = Dir_sep;
   int n = -1;
   switch (G.Path_option) {
-    case 1: n = std::snprintf(out, cap, "%s%4.4s_%3.3s%s", G.DirOut, t, t + 4, s); break;
-    case 2: n = std::snprintf(out, cap, "%s%4.4s_%3.3s%s%2.2s%s", G.DirOut, t, t + 4, s, t + 7, s); break;
+    case 1: n = std::snprintf(out, cap, "%s%4.4s_%3.3s%s", G.DirOut, t.year(), t.day(), s); break;
+    case 2:
+      n = std::snprintf(out, cap, "%s%4.4s_%3.3s%s%2.2s%s", G.DirOut, t.year(), t.day(), s, t.hour(), s);
+      break;
     case 3:
-      n = std::snprintf(out, cap, "%s%4.4s_%3.3s%s%2.2s_%2.2s%s", G.DirOut, t, t + 4, s, t + 7, t + 9, s);
+      n = std::snprintf(out, cap, "%s%4.4s_%3.3s%s%2.2s_%2.2s%s", G.DirOut, t.year(), t.day(), s, t.hour(),
+                        t.minute(), s);
       break;
     case 4:
-      n = std::snprintf(out, cap, "%s%4.4s_%3.3s%s%2.2s_%2.2s_%2.2s%s", G.DirOut, t, t + 4, s, t + 7, t + 9,
-                        t + 11, s);
+      n = std::snprintf(out, cap, "%s%4.4s_%3.3s%s%2.2s_%2.2s_%2.2s%s", G.DirOut, t.year(), t.day(), s, t.hour(),
+                        t.minute(), t.second(), s);
       break;
     default: n = std::snprintf(out, cap, "%s", G.DirOut); break;
   }
@@ -74,10 +68,10 @@ void name_part(const Evt& evt, char (&out)[6]) {
 // Base name of a trace file (without extension); the length written, cap or more when cut.
 std::size_t trace_base(char* out, std::size_t cap, const char* time, const char* name, std::uint16_t stream,
                        std::uint16_t channel) {
-  const TimeCopy c(time);
-  const char* t = c.t;
-  return written(std::snprintf(out, cap, "%4.4s%3.3s%2.2s%2.2s%2.2s%3.3s_%s_%01u_%01X", t, t + 4, t + 7, t + 9,
-                               t + 11, t + 13, name, unsigned{stream} + 1u, unsigned{channel} + 1u));
+  char stamp[kTimeLen + 1];
+  TimeText(time).fixed(stamp);
+  return written(
+      std::snprintf(out, cap, "%s_%s_%01u_%01X", stamp, name, unsigned{stream} + 1u, unsigned{channel} + 1u));
 }
 
 }  // namespace
@@ -120,10 +114,10 @@ const char* Asc_evt_name(Evt* evt) {
   if (len < sizeof path) {
     char name[6];
     name_part(*evt, name);
-    const TimeCopy c(evt->smp_time_1st);
-    const char* t = c.t;
-    len += written(std::snprintf(path + len, sizeof path - len, "%4.4s%3.3s%2.2s%2.2s%2.2s%3.3s_%s_%1u%s", t, t + 4,
-                                 t + 7, t + 9, t + 11, t + 13, name, unsigned{evt->strm} + 1u, Fn_ext_evt));
+    char stamp[kTimeLen + 1];
+    TimeText(evt->smp_time_1st).fixed(stamp);
+    len += written(std::snprintf(path + len, sizeof path - len, "%s_%s_%1u%s", stamp, name, unsigned{evt->strm} + 1u,
+                                 Fn_ext_evt));
   }
   if (len >= sizeof evt->evt_file_name) too_long(path);
   std::memcpy(evt->evt_file_name, path, len + 1);

@@ -138,12 +138,7 @@ std::uint16_t lm_cvt() {
           log_nh_nt(*ulog, packet);
           ulog->write("\r\n");
         }
-        if (code == kNH && G.Qcc_on) {
-          G.FdQcc.write("\r\n\r\n");
-          log_head(G.FdQcc, packet, kNH, 0);
-          G.FdQcc.write("\r\n                        Min          Max        Range");
-          G.FdQcc.write("         Mean       St Dev");
-        }
+        if (code == kNH && G.Qcc_on) Qcc_nh_head(packet);
         break;
       }
       default: {

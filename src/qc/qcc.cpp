@@ -1,9 +1,64 @@
 #include "qc/qcc.hpp"
 
+#include <cmath>
+#include <cstdio>
+
 #include "log/log_file.hpp"
+#include "model/unit.hpp"
 #include "output/out_file.hpp"
+#include "packet/codes.hpp"
+#include "run/globals.hpp"
 
 namespace lm {
+namespace {
+
+constexpr char kHeads[] = "\r\n                        Min          Max        Range         Mean       St Dev";
+// A channel with fewer than two samples: no statistics, and fields one wider than the values'.
+constexpr char kFewZeros[] = " 00000000.0000 00000000.0000 00000000.0000 00000000.0000 00000000.0000";
+// An event without usable channels.
+constexpr char kNoneZeros[] = " 0000000.0000 0000000.0000 0000000.0000 0000000.0000 0000000.0000";
+constexpr int kUnitQcc = 1;
+
+// One channel's line, in the unit file and the run file.
+void write_channel(UNIT_T* unit, const CHNLST_T& c) {
+  char values[160];
+  if (c.cnt > 1) {
+    const QccValues q = Qcc_values(c);
+    std::snprintf(values, sizeof values, " %12.4lf %12.4lf %12.4lf %12.4lf %12.4lf", q.min, q.max, q.range, q.mean,
+                  q.dev);
+  } else {
+    std::snprintf(values, sizeof values, "%s", kFewZeros);
+  }
+  const unsigned n = c.channel;
+  unit->fd_qcc.printf("\r\n   Channel %2u:%s", n, values);
+  G.FdQcc.printf("\r\n   %04hX    %2u:%s", unit->unit_id, n, values);
+}
+
+// The ET packet's summary line, or the note that the event ended without one.
+void write_ending(UNIT_T* unit, const Evt* evt, const std::uint8_t* packet) {
+  if (packet[0] == 'E' && packet[1] == 'T') {
+    log_head(unit->fd_qcc, packet, kET, 0);
+    return;
+  }
+  std::printf("\nNo ET block for U:%04hX E:%04u", evt->unit_id, unsigned{evt->evt});
+  unit->fd_qcc.printf("No ET block for U:%04hX E:%04u\r\n", evt->unit_id, unsigned{evt->evt});
+}
+
+// The ring's channel with the lowest number when the event's cursor is its last: the cursor moves there.
+CHNLST_T* first_channel(Evt* evt) {
+  CHNLST_T* c = evt->chn;
+  if (c->nxt && c->channel >= c->nxt->channel) evt->chn = c->nxt;
+  return evt->chn;
+}
+
+}  // namespace
+
+QccValues Qcc_values(const CHNLST_T& c) {
+  const double n = c.cnt;
+  double v = c.sq_sum - c.sum * c.sum / n;
+  if (v < 0) v = 0;  // only through rounding
+  return {c.min, c.max, c.max - c.min, c.sum / n, std::sqrt(v / (n - 1))};
+}
 
 void Qcc_init(CHNLST_T* chn) {
   chn->sum = 0;
@@ -19,7 +74,35 @@ void Qcc_fhdr(OutFile& stream) {
   stream.write("\r\n\r\n");
 }
 
-// The statistics blocks are not written yet.
-void Qcc_store(UNIT_T*, Evt*, const std::uint8_t*) {}
+void Qcc_store(UNIT_T* unit, Evt* evt, const std::uint8_t* packet) {
+  // At the end of the input every unit's events are written, and only the current unit's file is open.
+  const bool reopen = unit->qcc_open != 1;
+  if (reopen) {
+    open_file(unit->fd_qcc, unit->qcc_name, packet);
+    unit->qcc_open = 1;
+  }
+  write_ending(unit, evt, packet);
+  unit->fd_qcc.write(kHeads);
+  if (!evt->chn || evt->bad) {
+    unit->fd_qcc.printf("\r\n   Channel ---%s\r\n\r\n", kNoneZeros);
+    G.FdQcc.printf("\r\n   %04hX    ---%s", unit->unit_id, kNoneZeros);
+  } else {
+    CHNLST_T* const start = first_channel(evt);
+    CHNLST_T* c = start;
+    do {
+      write_channel(unit, *c);
+      if (c->cnt > 1) Qcc_init(c);
+      c = c->nxt;
+    } while (c && c != start);
+    unit->fd_qcc.write("\r\n\r\n");
+  }
+  if (reopen && unit != G.unit_start) Unit_file_close(unit, kUnitQcc);
+}
+
+void Qcc_nh_head(const std::uint8_t* packet) {
+  G.FdQcc.write("\r\n\r\n");
+  log_head(G.FdQcc, packet, kNH, 0);
+  G.FdQcc.write(kHeads);
+}
 
 }  // namespace lm

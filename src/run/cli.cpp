@@ -18,6 +18,7 @@
 #include "run/exit.hpp"
 #include "run/file_util.hpp"
 #include "run/globals.hpp"
+#include "run/number.hpp"
 #include "run/shut_down.hpp"
 #include "run/text.hpp"
 
@@ -71,47 +72,12 @@ std::uint8_t yes_no(const char* value) {
   usage();
 }
 
-// Signed decimal as atoi reads it (blanks, sign, digits), no digits is 0.
-long read_signed(const char* s) {
-  while (std::isspace(static_cast<unsigned char>(*s))) ++s;
-  bool neg = false;
-  if (*s == '+' || *s == '-') neg = *s++ == '-';
-  unsigned long long v = 0;
-  while (*s >= '0' && *s <= '9') {
-    if (v < 1000000000000ull) v = v * 10 + static_cast<unsigned>(*s - '0');
-    ++s;
-  }
-  const long m = v > 1000000000ull ? 1000000000l : static_cast<long>(v);
-  return neg ? -m : m;
-}
-
-// Unsigned 32-bit value with automatic base (0x hexadecimal, 0 octal, else decimal); a minus sign
+// Unsigned 32-bit count with automatic base (0x hexadecimal, 0 octal, else decimal); a minus sign
 // negates modulo 2^32; a value beyond the 32-bit range gives 4294967295.
 std::uint32_t read_count(const char* s) {
-  while (std::isspace(static_cast<unsigned char>(*s))) ++s;
-  bool neg = false;
-  if (*s == '+' || *s == '-') neg = *s++ == '-';
-  unsigned base = 10;
-  if (s[0] == '0' && (s[1] == 'x' || s[1] == 'X') && std::isxdigit(static_cast<unsigned char>(s[2]))) {
-    base = 16;
-    s += 2;
-  } else if (s[0] == '0') {
-    base = 8;
-  }
-  std::uint64_t v = 0;
-  bool over = false;
-  for (;; ++s) {
-    int d;
-    if (*s >= '0' && *s <= '9') d = *s - '0';
-    else if (*s >= 'a' && *s <= 'f') d = *s - 'a' + 10;
-    else if (*s >= 'A' && *s <= 'F') d = *s - 'A' + 10;
-    else break;
-    if (static_cast<unsigned>(d) >= base) break;
-    v = v * base + static_cast<unsigned>(d);
-    if (v > 0xFFFFFFFFull) over = true, v = 0xFFFFFFFFull + 1;
-  }
-  if (over) return 0xFFFFFFFFu;
-  return neg ? static_cast<std::uint32_t>(-static_cast<std::uint32_t>(v)) : static_cast<std::uint32_t>(v);
+  const std::int64_t v = lead_int(s, 0).value_or(0);
+  if (v > 0xFFFFFFFFll || v < -0xFFFFFFFFll) return 0xFFFFFFFFu;
+  return static_cast<std::uint32_t>(v);
 }
 
 void take_switch(const char* arg) {
@@ -147,9 +113,9 @@ void take_switch(const char* arg) {
       break;
     }
     case 'P': {
-      const auto p = static_cast<std::uint16_t>(read_signed(value));
-      if (p > 4) usage();
-      G.Path_option = p;
+      const std::int64_t p = int_or_0(value);
+      if (p < 0 || p > 4) usage();
+      G.Path_option = static_cast<std::uint16_t>(p);
       break;
     }
     case 'R': G.Smp_rate_cmd = stof(value, 0); break;

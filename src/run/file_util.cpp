@@ -3,41 +3,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <cstring>
 #include <ctime>
 
+#include "run/number.hpp"
+
 namespace lm {
-namespace {
-
-// The leading plain decimal number of a text (blanks, sign, digits, point, exponent); no number is 0.
-// Unlike atof it takes no hexadecimal, "inf" or "nan" forms.
-double leading_decimal(const char* s) {
-  char buf[64];
-  std::size_t n = 0;
-  auto put = [&](char c) { if (n + 1 < sizeof buf) buf[n++] = c; };
-  while (*s == ' ' || *s == '\t' || *s == '\n' || *s == '\r' || *s == '\v' || *s == '\f') ++s;
-  if (*s == '+' || *s == '-') put(*s++);
-  bool digits = false;
-  while (*s >= '0' && *s <= '9') { put(*s++); digits = true; }
-  if (*s == '.') {
-    put(*s++);
-    while (*s >= '0' && *s <= '9') { put(*s++); digits = true; }
-  }
-  if (!digits) return 0.0;
-  if (*s == 'e' || *s == 'E') {
-    const char* e = s + 1;
-    if (*e == '+' || *e == '-') ++e;
-    if (*e >= '0' && *e <= '9') {
-      while (s < e) put(*s++);
-      while (*s >= '0' && *s <= '9') put(*s++);
-    }
-  }
-  buf[n] = '\0';
-  return std::strtod(buf, nullptr);
-}
-
-}  // namespace
 
 bool fexist(const char* path) { return ::access(path, F_OK) == 0; }
 
@@ -72,14 +43,14 @@ float stof(const char* text, std::uint16_t length) {
     ++n;
   }
   buf[n] = '\0';
-  float value = static_cast<float>(leading_decimal(buf));
+  float value = static_cast<float>(double_or_0(buf));
   if (const char* slash = std::strchr(buf, '/')) {
     // The zero test reads right after "/", the division one character later (so "1/ 4" is 0.25);
     // with the divisor written right after the slash ("1/4") the division also reads right after it,
     // which is what a user writing a plain fraction expects.
-    const double probe = leading_decimal(slash + 1);
+    const double probe = double_or_0(slash + 1);
     if (probe != 0.0) {
-      const double divisor = (slash[1] == ' ' || slash[1] == '\t') ? leading_decimal(slash + 2) : probe;
+      const double divisor = (slash[1] == ' ' || slash[1] == '\t') ? double_or_0(slash + 2) : probe;
       if (divisor != 0.0) value = static_cast<float>(value / divisor);
     }
   }

@@ -6,46 +6,45 @@
 
 #include "packet/bcd.hpp"
 #include "packet/fields.hpp"
+#include "run/number.hpp"
 
 namespace lm {
-namespace {
+TimeText::TimeText(const char* time) { std::memcpy(t_, time, strnlen(time, kTimeLen)); }
 
-// The decimal value of the leading number of a slice of at most n characters, read as atoi
-// reads a copy of the slice (blanks, sign, digits; nothing numeric gives 0).
-long slice_int(const char* s, int n) {
-  int i = 0;
-  while (i < n && (s[i] == ' ' || s[i] == '\t')) ++i;
-  bool neg = false;
-  if (i < n && (s[i] == '+' || s[i] == '-')) neg = s[i++] == '-';
-  long v = 0;
-  while (i < n && s[i] >= '0' && s[i] <= '9') v = v * 10 + (s[i++] - '0');
-  return neg ? -v : v;
+std::string_view TimeText::field(Slice s) const { return {at(s), strnlen(at(s), static_cast<std::size_t>(s.len))}; }
+
+long TimeText::number(Slice s) const { return static_cast<long>(int_or_0(field(s))); }
+
+void TimeText::fixed(char (&out)[kTimeLen + 1]) const {
+  std::snprintf(out, sizeof out, "%4.4s%3.3s%2.2s%2.2s%2.2s%3.3s", year(), day(), hour(), minute(), second(),
+                milli());
 }
-
-}  // namespace
 
 void pkt_time_str(const std::uint8_t* packet, char* out) {
   const HeaderDigits h(packet);
-  const long yy = slice_int(h.at(hdr::digit::kYear), 2);
+  const std::int64_t yy = int_or_0({h.at(hdr::digit::kYear), 2});
   out[0] = yy < 85 ? '2' : '1';
   out[1] = yy < 85 ? '0' : '9';
+  // The header's fields are as wide as the string's, but for the year's two digits.
   std::memcpy(out + 2, h.at(hdr::digit::kYear), 2);
-  std::memcpy(out + 4, h.at(hdr::digit::kDay), 3);
-  std::memcpy(out + 7, h.at(hdr::digit::kHour), 2);
-  std::memcpy(out + 9, h.at(hdr::digit::kMinute), 2);
-  std::memcpy(out + 11, h.at(hdr::digit::kSecond), 2);
-  std::memcpy(out + 13, h.at(hdr::digit::kMilli), 3);
-  out[16] = '\0';
+  auto put = [&](TimeText::Slice s, int from) { std::memcpy(out + s.at, h.at(from), static_cast<std::size_t>(s.len)); };
+  put(TimeText::kDay, hdr::digit::kDay);
+  put(TimeText::kHour, hdr::digit::kHour);
+  put(TimeText::kMinute, hdr::digit::kMinute);
+  put(TimeText::kSecond, hdr::digit::kSecond);
+  put(TimeText::kMilli, hdr::digit::kMilli);
+  out[kTimeLen] = '\0';
 }
 
 void add_str_tim(char* time, float rate, const std::uint8_t* count) {
   // Fields keep the widths of the recorder's arithmetic: 16 bits, milliseconds 32 bits.
-  std::uint16_t year = static_cast<std::uint16_t>(slice_int(time, 4));
-  std::uint16_t day = static_cast<std::uint16_t>(slice_int(time + 4, 3));
-  std::uint16_t hour = static_cast<std::uint16_t>(slice_int(time + 7, 2));
-  std::uint16_t minute = static_cast<std::uint16_t>(slice_int(time + 9, 2));
-  std::uint16_t second = static_cast<std::uint16_t>(slice_int(time + 11, 2));
-  std::uint32_t milli = static_cast<std::uint32_t>(slice_int(time + 13, 3));
+  const TimeText t(time);
+  std::uint16_t year = static_cast<std::uint16_t>(t.number(TimeText::kYear));
+  std::uint16_t day = static_cast<std::uint16_t>(t.number(TimeText::kDay));
+  std::uint16_t hour = static_cast<std::uint16_t>(t.number(TimeText::kHour));
+  std::uint16_t minute = static_cast<std::uint16_t>(t.number(TimeText::kMinute));
+  std::uint16_t second = static_cast<std::uint16_t>(t.number(TimeText::kSecond));
+  std::uint32_t milli = static_cast<std::uint32_t>(t.number(TimeText::kMilli));
 
   if (rate != 0.0f) {
     char digits[4];
@@ -94,21 +93,16 @@ void secs_split(std::uint32_t packed, char* out) {
 }
 
 float Time_update(const char* from, const char* to) {
-  auto millis = [](const char* t) {
-    const std::size_t len = strnlen(t, kTimeLen + 1);
-    auto field = [&](std::size_t at, int n) -> std::int16_t {
-      if (at >= len) return 0;
-      const int avail = static_cast<int>(len - at);
-      return static_cast<std::int16_t>(slice_int(t + at, n < avail ? n : avail));
-    };
-    const std::int16_t year = field(0, 4), day = field(4, 3), hour = field(7, 2);
-    const std::int16_t minute = field(9, 2), second = field(11, 2);
-    double ms = field(13, 3);
+  auto millis = [](const char* text) {
+    const TimeText t(text);
+    auto field = [&](TimeText::Slice s) { return static_cast<std::int16_t>(t.number(s)); };
+    const std::int16_t year = field(TimeText::kYear), day = field(TimeText::kDay), hour = field(TimeText::kHour);
+    const std::int16_t minute = field(TimeText::kMinute), second = field(TimeText::kSecond);
+    double ms = field(TimeText::kMilli);
     // A two-digit fraction counts in hundredths.
-    std::size_t i = 13, w = 0;
-    while (i < len && t[i] == ' ') ++i;
-    while (i < len && t[i] != ' ' && w < 3) ++i, ++w;
-    if (w < 3) ms *= 10;
+    std::string_view frac = t.field(TimeText::kMilli);
+    while (!frac.empty() && frac.front() == ' ') frac.remove_prefix(1);
+    if (frac.substr(0, frac.find(' ')).size() < 3) ms *= 10;
     return ((((static_cast<double>(year) * 365 + day) * 24 + hour) * 60 + minute) * 60 + second) * 1000 + ms;
   };
   return static_cast<float>((millis(to) - millis(from)) * 0.001);

@@ -1,10 +1,43 @@
 #pragma once
 // Time strings: 16 digits YYYYDDDHHMMSSmmm and a NUL; text order is time order.
 #include <cstdint>
+#include <string_view>
 
 namespace lm {
 
 inline constexpr int kTimeLen = 16;
+
+// A time string read field by field. The text is copied (at most 16 characters, NULs after it),
+// so the fields of a short or damaged text come out short and never read past it.
+class TimeText {
+ public:
+  struct Slice {
+    int at;
+    int len;
+  };
+  static constexpr Slice kYear{0, 4}, kDay{4, 3}, kHour{7, 2}, kMinute{9, 2}, kSecond{11, 2}, kMilli{13, 3};
+
+  explicit TimeText(const char* time);
+
+  // Starts of the fields, for printing with the field's width as precision ("%4.4s" for the year).
+  const char* year() const { return at(kYear); }
+  const char* day() const { return at(kDay); }
+  const char* hour() const { return at(kHour); }
+  const char* minute() const { return at(kMinute); }
+  const char* second() const { return at(kSecond); }
+  const char* milli() const { return at(kMilli); }
+
+  // The field's characters, ending early where the text ends.
+  std::string_view field(Slice s) const;
+  // The field's leading number, 0 when it has none.
+  long number(Slice s) const;
+  // All six fields at their full widths, blank-padded where the text is short: the form of file names.
+  void fixed(char (&out)[kTimeLen + 1]) const;
+
+ private:
+  const char* at(Slice s) const { return t_ + s.at; }
+  char t_[kTimeLen + 1] = {};
+};
 
 // The time string of a packet header (two-digit year widened with the pivot 85).
 void pkt_time_str(const std::uint8_t* packet, char* out);
