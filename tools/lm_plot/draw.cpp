@@ -28,24 +28,6 @@ void text(cairo_t* cr, double x, double y, const char* s, double size = 13, bool
   cairo_show_text(cr, s);
 }
 
-struct Utc {
-  char date[64], clock[64];
-};
-
-// "YYYY-MM-DD" and "HH:MM:SS.mmm" of a UTC time in milliseconds since 1970.
-Utc utc_text(long long ms) {
-  long long days = ms / 86400000, rest = ms % 86400000;
-  if (rest < 0) rest += 86400000, --days;
-  const long long z = days + 719468, era = (z >= 0 ? z : z - 146096) / 146097, doe = z - era * 146097;
-  const long long yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365, doy = doe - (365 * yoe + yoe / 4 - yoe / 100);
-  const long long mp = (5 * doy + 2) / 153, d = doy - (153 * mp + 2) / 5 + 1, m = mp < 10 ? mp + 3 : mp - 9;
-  Utc u;
-  std::snprintf(u.date, sizeof u.date, "%04lld-%02lld-%02lld", yoe + era * 400 + (m <= 2), m, d);
-  std::snprintf(u.clock, sizeof u.clock, "%02lld:%02lld:%02lld.%03lld", rest / 3600000, rest / 60000 % 60,
-                rest / 1000 % 60, rest % 1000);
-  return u;
-}
-
 // The smallest round step giving at most ten ticks over `span` (milliseconds, or samples).
 double tick_step(double span, bool by_time) {
   static constexpr double kTimeSteps[] = {1, 2, 5, 10, 20, 50, 100, 200, 500, 1e3, 2e3, 5e3, 1e4, 15e3, 3e4, 6e4,

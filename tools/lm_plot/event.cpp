@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 
 namespace lmplot {
 
@@ -29,6 +30,7 @@ Axis settle_event(Event& ev) {
   std::stable_sort(ev.traces.begin(), ev.traces.end(),
                    [](const auto& x, const auto& y) { return x->hdr.channel < y->hdr.channel; });
   Axis a;
+  if (ev.traces.empty()) return a;
   for (const auto& t : ev.traces) {
     if (t->hdr.rate <= 0) a.by_time = false, a.why = "no sample rate";
     else if (!t->hdr.has_time && a.by_time) a.by_time = false, a.why = "no start time";
@@ -47,6 +49,19 @@ Axis settle_event(Event& ev) {
     t->flags = trace_flags(*t, static_cast<long long>(std::floor(room + 1e-6)));
   }
   return a;
+}
+
+Utc utc_text(long long ms) {
+  long long days = ms / 86400000, rest = ms % 86400000;
+  if (rest < 0) rest += 86400000, --days;
+  const long long z = days + 719468, era = (z >= 0 ? z : z - 146096) / 146097, doe = z - era * 146097;
+  const long long yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365, doy = doe - (365 * yoe + yoe / 4 - yoe / 100);
+  const long long mp = (5 * doy + 2) / 153, d = doy - (153 * mp + 2) / 5 + 1, m = mp < 10 ? mp + 3 : mp - 9;
+  Utc u;
+  std::snprintf(u.date, sizeof u.date, "%04lld-%02lld-%02lld", yoe + era * 400 + (m <= 2), m, d);
+  std::snprintf(u.clock, sizeof u.clock, "%02lld:%02lld:%02lld.%03lld", rest / 3600000, rest / 60000 % 60,
+                rest / 1000 % 60, rest % 1000);
+  return u;
 }
 
 }  // namespace lmplot

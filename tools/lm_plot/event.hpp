@@ -30,4 +30,10 @@ Axis settle_event(Event& ev);
 double trace_start(const Axis& a, const Trace& t);
 double sample_step(const Axis& a, const Trace& t);
 
+// "YYYY-MM-DD" and "HH:MM:SS.mmm" of a UTC time in milliseconds since 1970.
+struct Utc {
+  char date[64], clock[64];
+};
+Utc utc_text(long long ms);
+
 }  // namespace lmplot

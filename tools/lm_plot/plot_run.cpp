@@ -98,7 +98,10 @@ bool plot_job(const Job& j, const Options& o, std::FILE* out, std::FILE* err) {
   const std::string pic = picture_path(j, o);
   const std::string why = draw_event(ev, axis, o.draw, pic);
   if (!why.empty()) return std::fprintf(err, "lm_plot: %s\n", why.c_str()), false;
-  std::fprintf(out, "%s: %zu traces", pic.c_str(), ev.traces.size());
+  std::fprintf(out, "%s: %zu traces, ", pic.c_str(), ev.traces.size());
+  const Utc u = utc_text(axis.t0_ms);
+  if (axis.by_time) std::fprintf(out, "start %s %s UTC", u.date, u.clock);
+  else std::fprintf(out, "by sample index (%s)", axis.why);
   for (const auto& t : ev.traces)
     if (t->flags) std::fprintf(out, "; channel %u %s", t->hdr.channel, flag_words(t->flags).c_str());
   std::fprintf(out, "\n");
