@@ -28,6 +28,14 @@ void text(cairo_t* cr, double x, double y, const char* s, double size = 13, bool
   cairo_show_text(cr, s);
 }
 
+// Centred on x, kept inside the picture.
+void centred_text(cairo_t* cr, double x, double y, const char* s) {
+  cairo_text_extents_t e;
+  cairo_set_font_size(cr, 12);
+  cairo_text_extents(cr, s, &e);
+  text(cr, std::clamp(x - e.x_advance / 2, 2.0, kWidth - e.x_advance - 2), y, s, 12);
+}
+
 // The smallest round step giving at most ten ticks over `span` (milliseconds, or samples).
 double tick_step(double span, bool by_time) {
   static constexpr double kTimeSteps[] = {1, 2, 5, 10, 20, 50, 100, 200, 500, 1e3, 2e3, 5e3, 1e4, 15e3, 3e4, 6e4,
@@ -61,7 +69,7 @@ void draw_axis(cairo_t* cr, const Axis& a, int panels) {
       std::snprintf(label, sizeof label, "%.0f", t);
     }
     rgb(cr, 0x333333);
-    text(cr, x - 24, bottom + 22, label, 12);
+    centred_text(cr, x, bottom + 22, label);
   }
   text(cr, kPlotX + kPlotW - 120, bottom + 42, a.by_time ? "time (UTC)" : "sample index", 12);
 }

@@ -42,7 +42,7 @@ unsigned trace_flags(const Trace& t, long long expected) {
   const bool lo_clip = (t.min == -32768 || t.min == -8388608) && t.n_min > kClipHits;
   if (!(f & kFlat) && (hi_clip || lo_clip)) f |= kClipped;
   const long long want = std::max(expected, t.hdr.declared);
-  if (t.count + std::max(1LL, want / 100) < want) f |= kShort;
+  if (t.count > 0 && t.count + std::max(1LL, want / 100) < want) f |= kShort;
   return f;
 }
 
