@@ -20,10 +20,14 @@ void rgb(cairo_t* cr, unsigned c) {
   cairo_set_source_rgb(cr, (c >> 16 & 0xFF) / 255.0, (c >> 8 & 0xFF) / 255.0, (c & 0xFF) / 255.0);
 }
 
-void text(cairo_t* cr, double x, double y, const char* s, double size = 13, bool bold = false) {
+void font(cairo_t* cr, double size, bool bold) {
   cairo_select_font_face(cr, "sans-serif", CAIRO_FONT_SLANT_NORMAL,
                          bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
   cairo_set_font_size(cr, size);
+}
+
+void text(cairo_t* cr, double x, double y, const char* s, double size = 13, bool bold = false) {
+  font(cr, size, bold);
   cairo_move_to(cr, x, y);
   cairo_show_text(cr, s);
 }
@@ -31,7 +35,7 @@ void text(cairo_t* cr, double x, double y, const char* s, double size = 13, bool
 // Centred on x, kept inside the picture.
 void centred_text(cairo_t* cr, double x, double y, const char* s) {
   cairo_text_extents_t e;
-  cairo_set_font_size(cr, 12);
+  font(cr, 12, false);
   cairo_text_extents(cr, s, &e);
   text(cr, std::clamp(x - e.x_advance / 2, 2.0, kWidth - e.x_advance - 2), y, s, 12);
 }
