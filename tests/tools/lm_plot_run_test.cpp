@@ -175,3 +175,30 @@ TEST(LmPlotRun, EnvelopeOfLongSinesReachesTheirExtremes) {
 }
 
 }  // namespace
+
+namespace {
+
+// A second conversion into the same directory repeats every channel under lettered names; the two runs
+// make two pictures. Pictures that would share a name within one run are numbered.
+TEST(LmPlotRun, RepeatedChannelsAndNamesMakeSeparatePictures) {
+  e2e::TempDir dir;
+  std::filesystem::create_directories(dir / "a");
+  std::filesystem::create_directories(dir / "b");
+  std::vector<std::string> args = {"-o", dir.str()};
+  for (const char* name : {"x_1A1", "x_1A2", "x_1_1", "x_1_2"}) {
+    const std::string chn(1, name[4]);
+    write_trace(dir / (std::string(name) + ".atr"), ("9A3F:0001:01:0" + chn).c_str(), "100.0000", {1, 2});
+    args.push_back(dir / (std::string(name) + ".atr"));
+  }
+  for (const char* sub : {"a", "b"}) {
+    write_trace(dir / (std::string(sub) + "/g.adt"), "9A3F:0002:01:01", "100.0000", {1, 2});
+    args.push_back(dir / (std::string(sub) + "/g.adt"));
+  }
+  const Plot p = plot(args);
+  EXPECT_EQ(p.status, 0) << p.err;
+  const std::string start = ", start 2009-02-01 14:05:30.250 UTC\n";
+  EXPECT_EQ(p.out, dir / "x.png" + ": 2 traces" + start + dir / "x_1.png" + ": 2 traces" + start + dir / "g.png" +
+                       ": 1 trace" + start + dir / "g-2.png" + ": 1 trace" + start);
+}
+
+}  // namespace

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <map>
+#include <set>
 #include <tuple>
 
 #include "lm_plot/draw.hpp"
@@ -47,10 +48,11 @@ int parse_args(const std::vector<std::string>& args, Options& o, std::FILE* err)
   return 0;
 }
 
-// Gathered files stand alone; trace files join the job of their unit, event and stream.
+// Gathered files stand alone; trace files join the latest job of their unit, event and stream, unless it
+// holds their channel already (a second conversion of the same input into the same directory).
 std::vector<Job> make_jobs(const std::vector<std::string>& files, std::FILE* err, bool& failed) {
   std::vector<Job> jobs;
-  std::map<std::tuple<unsigned, unsigned, unsigned>, std::size_t> by_event;
+  std::map<std::tuple<unsigned, unsigned, unsigned>, std::size_t> by_event;  // latest job + 1
   for (const auto& f : files) {
     if (fs::path(f).extension() == ".adt") {
       jobs.push_back(Job{true, {{0, f}}});
@@ -63,26 +65,36 @@ std::vector<Job> make_jobs(const std::vector<std::string>& files, std::FILE* err
       failed = true;
       continue;
     }
-    const auto [it, fresh] = by_event.try_emplace({h.unit, h.event, h.stream}, jobs.size());
-    if (fresh) jobs.emplace_back();
-    jobs[it->second].files.emplace_back(h.channel, f);
+    std::size_t& job = by_event[{h.unit, h.event, h.stream}];
+    const auto holds_channel = [&](const Job& j) {
+      return std::any_of(j.files.begin(), j.files.end(), [&](const auto& x) { return x.first == h.channel; });
+    };
+    if (job == 0 || holds_channel(jobs[job - 1])) {
+      jobs.emplace_back();
+      job = jobs.size();
+    }
+    jobs[job - 1].files.emplace_back(h.channel, f);
   }
   for (auto& j : jobs)
     std::stable_sort(j.files.begin(), j.files.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
   return jobs;
 }
 
-// Beside the first input (or in the chosen directory); trace files lose their channel part.
-std::string picture_path(const Job& j, const Options& o) {
+// Beside the first input (or in the chosen directory); trace files lose their channel part. A name this
+// run has used already gets a number, so that no picture of the run replaces another.
+std::string picture_path(const Job& j, const Options& o, std::set<std::string>& used) {
   const fs::path first(j.files.front().second);
   std::string name = first.stem().string();
   const std::size_t cut = name.rfind('_');
   if (!j.gathered && cut != std::string::npos && cut > 0) name.resize(cut);
   const fs::path dir = o.out_dir.empty() ? first.parent_path() : fs::path(o.out_dir);
-  return (dir / (name + (o.draw.svg ? ".svg" : ".png"))).string();
+  const char* ext = o.draw.svg ? ".svg" : ".png";
+  std::string path = (dir / (name + ext)).string();
+  for (int n = 2; !used.insert(path).second; ++n) path = (dir / (name + "-" + std::to_string(n) + ext)).string();
+  return path;
 }
 
-bool plot_job(const Job& j, const Options& o, std::FILE* out, std::FILE* err) {
+bool plot_job(const Job& j, const Options& o, std::set<std::string>& used, std::FILE* out, std::FILE* err) {
   bool ok = true;
   Event ev;
   for (const auto& [chn, path] : j.files) {
@@ -95,10 +107,10 @@ bool plot_job(const Job& j, const Options& o, std::FILE* out, std::FILE* err) {
   }
   if (ev.traces.empty()) return ok;
   const Axis axis = settle_event(ev);
-  const std::string pic = picture_path(j, o);
+  const std::string pic = picture_path(j, o, used);
   const std::string why = draw_event(ev, axis, o.draw, pic);
   if (!why.empty()) return std::fprintf(err, "lm_plot: %s\n", why.c_str()), false;
-  std::fprintf(out, "%s: %zu traces, ", pic.c_str(), ev.traces.size());
+  std::fprintf(out, "%s: %zu trace%s, ", pic.c_str(), ev.traces.size(), ev.traces.size() == 1 ? "" : "s");
   const Utc u = utc_text(axis.t0_ms);
   if (axis.by_time) std::fprintf(out, "start %s %s UTC", u.date, u.clock);
   else std::fprintf(out, "by sample index (%s)", axis.why);
@@ -114,7 +126,8 @@ int run(const std::vector<std::string>& args, std::FILE* out, std::FILE* err) {
   Options o;
   if (const int st = parse_args(args, o, err)) return st;
   bool failed = false;
-  for (const Job& j : make_jobs(o.files, err, failed)) failed |= !plot_job(j, o, out, err);
+  std::set<std::string> used;
+  for (const Job& j : make_jobs(o.files, err, failed)) failed |= !plot_job(j, o, used, out, err);
   return failed ? 1 : 0;
 }
 
