@@ -108,11 +108,13 @@ void draw_labels(cairo_t* cr, const Trace& t, int top) {
   rgb(cr, 0x000000);
   std::snprintf(s, sizeof s, "Ch %u%s%s", t.hdr.channel, t.hdr.seed.empty() ? "" : "  ", t.hdr.seed.c_str());
   text(cr, 12, top + 30, s, 15, true);
-  std::snprintf(s, sizeof s, "max %ld", static_cast<long>(t.max));
-  text(cr, 12, top + 56, s);
-  std::snprintf(s, sizeof s, "min %ld", static_cast<long>(t.min));
-  text(cr, 12, top + 76, s);
-  std::snprintf(s, sizeof s, "%lld samples", t.count);
+  if (t.count > 0) {
+    std::snprintf(s, sizeof s, "max %ld", static_cast<long>(t.max));
+    text(cr, 12, top + 56, s);
+    std::snprintf(s, sizeof s, "min %ld", static_cast<long>(t.min));
+    text(cr, 12, top + 76, s);
+  }
+  std::snprintf(s, sizeof s, "%lld sample%s", t.count, t.count == 1 ? "" : "s");
   text(cr, 12, top + 96, s);
   rgb(cr, kWarnRgb);
   text(cr, 12, top + 124, flag_words(t.flags).c_str(), 15, true);
