@@ -56,6 +56,7 @@ const Case kCases[] = {
      "0A2B:7:2:11 '' 'HHZ' n=-1 rate=0 t=-1: 1\n"
      "9A3F:1:1:2 'PIER1' '' n=3 rate=100 t=1233497130250: 2\n"},
     {"header alone", kHead, "9A3F:1:1:2 'PIER1' '' n=3 rate=100 t=1233497130250:\n"},
+    {"a rate no recorder has", kChn + "$Rate=20000000\n", "0A2B:7:2:11 '' '' n=-1 rate=0 t=-1:\n"},
     {"32-bit limits", kChn + "-2147483648\n+2147483647\n", "0A2B:7:2:11 '' '' n=-1 rate=0 t=-1: -2147483648 2147483647\n"},
     {"empty file", "", "error: : empty file\n"},
     {"no header", "12\n13\n", "error: :1: no trace header ($ChnID line expected)\n"},

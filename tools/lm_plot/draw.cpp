@@ -136,7 +136,7 @@ void draw_envelope(cairo_t* cr, const Trace& t, const Axis& a, const Scale& sc) 
   std::array<bool, kPlotW> seen{};
   const double x0 = trace_start(a, t) / a.span * kPlotW, dx = sample_step(a, t) * t.env.per_bucket() / a.span * kPlotW;
   for (std::size_t i = 0; i < t.env.size(); ++i) {
-    const int c = std::clamp(static_cast<int>(x0 + i * dx), 0, kPlotW - 1);
+    const int c = static_cast<int>(std::clamp(x0 + i * dx, 0.0, kPlotW - 1.0));
     lo[c] = seen[c] ? std::min(lo[c], t.env.lo(i)) : t.env.lo(i);
     hi[c] = seen[c] ? std::max(hi[c], t.env.hi(i)) : t.env.hi(i);
     seen[c] = true;

@@ -46,7 +46,7 @@ Axis settle_event(Event& ev) {
   for (auto& t : ev.traces) {
     // The samples the trace would hold if it ran from its start to the end of the event.
     const double room = (end - trace_start(a, *t)) / sample_step(a, *t);
-    t->flags = trace_flags(*t, static_cast<long long>(std::floor(room + 1e-6)));
+    t->flags = trace_flags(*t, static_cast<long long>(std::clamp(std::floor(room + 1e-6), 0.0, 1e15)));
   }
   return a;
 }

@@ -182,7 +182,8 @@ TraceReader::Next TraceReader::parse_header_line(TraceHeader& h) {
     h.declared = static_cast<long long>(x);
   } else if (key == "Rate") {
     if (!parse_number(val, x) || x < 0) return fail("malformed $Rate");
-    h.rate = x;
+    // Rates no recorder has are treated as unknown, which also keeps the time axis finite.
+    h.rate = x >= 1e-6 && x <= 1e7 ? x : 0;
   } else if (key == "Time") {
     if (!parse_trace_time(val.data(), val.size(), h.start_ms)) return fail("malformed $Time (expected YYYY:DDD:HH:MM:SS.mmm)");
     h.has_time = true;
