@@ -14,8 +14,6 @@ namespace steim {
 
 inline constexpr int kWordsPerFrame = 16;
 inline constexpr int kFirstDataWord = 3;  // frame 1: words 1 and 2 hold X0 and Xn
-inline constexpr std::uint16_t kX0 = dt::kFrames + 4;
-inline constexpr std::uint16_t kXn = dt::kFrames + 8;
 
 // Byte offset of word `w` (0-15) of frame `f` (1-15); the last word of frame 15 ends at byte 1023.
 constexpr std::uint16_t word_offset(int f, int w) {
@@ -36,7 +34,7 @@ struct PacketClaims {
   std::uint16_t n_hdr;
   std::uint32_t x0, xn;
   explicit PacketClaims(const std::uint8_t* packet)
-      : n_hdr(hdr::kSamples.value(packet)), x0(load_be32(packet + kX0)), xn(load_be32(packet + kXn)) {}
+      : n_hdr(hdr::kSamples.value(packet)), x0(load_be32(packet + dt::kX0)), xn(load_be32(packet + dt::kXn)) {}
 };
 
 // The checks after the last frame: on success the channel carries s on; otherwise the report goes

@@ -97,16 +97,16 @@ void log_block(OutFile& stream, const std::uint8_t* packet, int kind) {
   if (kind == 4) {
     // The text lies in bytes 24 to 1023 at most; a byte count outside that range is bounded to it.
     unsigned n = hdr::kByteCount.value(packet);
-    if (n < 24) n = 24;
+    if (n < sh::kText) n = sh::kText;
     if (n > kPacketSize) n = kPacketSize;
     stream.write("     ");
-    for (unsigned i = 24; i < n; ++i) {
+    for (unsigned i = sh::kText; i < n; ++i) {
       stream.put(static_cast<char>(packet[i]));
       if (packet[i] == '\n') stream.write("     ");
     }
-    const bool ends_lf = n > 24 && packet[n - 1] == '\n';
+    const bool ends_lf = n > sh::kText && packet[n - 1] == '\n';
     if (!ends_lf) {
-      if (!(n > 25 && packet[n - 2] == '\r')) stream.put('\r');
+      if (!(n > sh::kText + 1u && packet[n - 2] == '\r')) stream.put('\r');
       stream.put('\n');
     }
     stream.write("\r\n");

@@ -132,7 +132,7 @@ std::uint16_t lm_cvt() {
         break;
       case kNH:
       case kNT: {
-        const unsigned n = bcd2i(packet + 16, 2);
+        const unsigned n = hdr::kEvent.value(packet);
         if (verbose) show_nh_nt(code == kNH ? "NH" : "NT", unit, n);
         if (log) {
           log_nh_nt(*ulog, packet);
