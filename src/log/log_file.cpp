@@ -4,6 +4,7 @@
 #include <cstring>
 #include <ctime>
 
+#include "decode/decoders.hpp"
 #include "packet/codes.hpp"
 #include "packet/fields.hpp"
 #include "output/out_file.hpp"
@@ -118,6 +119,15 @@ void log_block(OutFile& stream, const std::uint8_t* packet, int kind) {
     }
     stream.write("\r\n");
   }
+}
+
+void log_steim_check(OutFile& stream, const std::uint8_t* packet, const Decoded& d) {
+  const SteimCheck& c = d.check;
+  stream.printf("     Read start 0x%08lX  stop 0x%08lX  samples %d\r\n", static_cast<unsigned long>(c.x0),
+                static_cast<unsigned long>(c.xn), int{c.n_hdr});
+  stream.printf("     Calc start 0x%08lX  stop 0x%08lX  samples %d\r\n", static_cast<unsigned long>(c.calc_start),
+                static_cast<unsigned long>(c.calc_stop), static_cast<int>(d.count));
+  log_block(stream, packet, 0);
 }
 
 void log_fd(OutFile&, const std::uint8_t*) {}
