@@ -9,16 +9,8 @@
 
 namespace {
 
-using log_test::logged;
-using log_test::R;
-using log_test::ruler;
+using namespace log_test;
 using pktkit::Packet;
-using Writer = void (*)(lm::OutFile&, const std::uint8_t*);
-
-std::string dump(Writer w, const Packet& p) {
-  return logged([&](lm::OutFile& f) { w(f, p.data()); });
-}
-std::string F(const char* label, int off, int width) { return label + R(off, width) + "\r\n"; }
 
 const char kChannelInfo[] = "   Channel Info :  BitWght   TruWght    Gain  R  FSV  SEED  SFSV   SVPU   U\r\n";
 

@@ -38,4 +38,14 @@ inline std::string R(int off, int width) {
   return s;
 }
 
+// What a packet dump writer makes of a packet.
+using Writer = void (*)(lm::OutFile&, const std::uint8_t*);
+inline std::string dump(Writer w, const pktkit::Packet& p) {
+  return logged([&](lm::OutFile& f) { w(f, p.data()); });
+}
+
+// A label line with the ruler's field at off, width; a label line with a value.
+inline std::string F(const char* label, int off, int width) { return label + R(off, width) + "\r\n"; }
+inline std::string L(const char* label, const std::string& value) { return label + value + "\r\n"; }
+
 }  // namespace log_test

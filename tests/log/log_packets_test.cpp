@@ -9,19 +9,8 @@
 
 namespace {
 
-using log_test::logged;
-using log_test::R;
-using log_test::ruler;
+using namespace log_test;
 using pktkit::Packet;
-using Writer = void (*)(lm::OutFile&, const std::uint8_t*);
-
-std::string dump(Writer w, const Packet& p) {
-  return logged([&](lm::OutFile& f) { w(f, p.data()); });
-}
-
-// A label line and the ruler's field at off, width.
-std::string F(const char* label, int off, int width) { return label + R(off, width) + "\r\n"; }
-std::string L(const char* label, const std::string& value) { return label + value + "\r\n"; }
 
 // A packet of blanks after its 16-byte header.
 Packet blank(const char* type) {
