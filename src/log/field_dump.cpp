@@ -7,7 +7,7 @@
 namespace lm {
 
 std::string_view field_text(const std::uint8_t* pkt, unsigned off, unsigned width) {
-  if (off >= kPacketSize) return {};
+  if (off >= kPacketSize) return {reinterpret_cast<const char*>(pkt), 0};  // empty, but never a null pointer
   // A field cut by the end of the packet shows the bytes that are there.
   if (width > kPacketSize - off) width = kPacketSize - off;
   const char* p = reinterpret_cast<const char*>(pkt + off);

@@ -1,14 +1,10 @@
 #include "log/log_packets.hpp"
 
-#include <cstdio>
-
 #include "config/tables.hpp"
 #include "log/field_dump.hpp"
 #include "output/out_file.hpp"
-#include "packet/dir_layout.hpp"
 #include "packet/event_fields.hpp"
 #include "packet/soh_layout.hpp"
-#include "time/time_str.hpp"
 
 namespace lm {
 
