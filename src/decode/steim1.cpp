@@ -1,72 +1,62 @@
 #include "decode/decoders.hpp"
 #include "decode/steim_frames.hpp"
-#include "log/log_file.hpp"
-#include "model/records.hpp"
-#include "run/globals.hpp"
 
 namespace lm {
 
 void C0_flag_clr(std::uint8_t* codes) {
-  for (int k = 0; k < 16; ++k) codes[k] = 0;
+  for (int k = 0; k < steim::kWordsPerFrame; ++k) codes[k] = 0;
 }
 
 void C0_flag_cvt(const std::uint8_t* word, std::uint8_t* codes) {
   C0_flag_clr(codes);
   const std::uint32_t control = load_be32(word);
-  for (int k = 0; k < 16; ++k) codes[k] = static_cast<std::uint8_t>(steim::code_of(control, k));
+  for (int k = 0; k < steim::kWordsPerFrame; ++k) codes[k] = static_cast<std::uint8_t>((control >> (30 - 2 * k)) & 3u);
 }
 
 namespace steim {
 
-void finish(CHNLST_T* chn, const std::uint8_t* packet, const std::uint32_t* buf, const PacketClaims& claims,
-            std::uint32_t d0, std::uint32_t s, bool mismatch) {
-  const auto [n_hdr, x0, xn] = claims;
-  const unsigned n_calc = buf[0] & 0xFFFFu;
-  if (s == xn && n_calc == n_hdr && !mismatch) {
-    chn->last = static_cast<std::int32_t>(s);
-    return;
+Decoded finish(std::int32_t& last, const PacketClaims& claims, std::uint32_t count, std::uint32_t d0,
+               std::uint32_t s, bool mismatch) {
+  Decoded r(count);
+  if (s == claims.xn && (count & 0xFFFFu) == claims.n_hdr && !mismatch) {
+    last = static_cast<std::int32_t>(s);
+    return r;
   }
-  if (G.Log_on && chn->unit) {
-    OutFile& log = chn->unit->fd_log;
-    const std::uint32_t calc_start = static_cast<std::uint32_t>(chn->last) + d0;
-    log.printf("     Read start 0x%08lX  ", static_cast<unsigned long>(x0));
-    log.printf("stop 0x%08lX  ", static_cast<unsigned long>(xn));
-    log.printf("samples %d\r\n", static_cast<int>(n_hdr));
-    log.printf("     Calc start 0x%08lX  ", static_cast<unsigned long>(calc_start));
-    log.printf("stop 0x%08lX  ", static_cast<unsigned long>(s));
-    log.printf("samples %d\r\n", static_cast<int>(n_calc));
-    log_block(log, packet, 0);
-  }
-  chn->last = static_cast<std::int32_t>(xn);
+  r.failed = true;
+  r.check = {claims.x0, claims.xn, claims.n_hdr, static_cast<std::uint32_t>(last) + d0, s};
+  last = static_cast<std::int32_t>(claims.xn);
+  return r;
 }
 
 }  // namespace steim
 
-void Buf_c0(CHNLST_T* chn, const std::uint8_t* packet, std::uint32_t* buf) {
+Decoded Buf_c0(const std::uint8_t* packet, std::int32_t& last, std::span<std::uint32_t> span) {
   using namespace steim;
+  if (span.size() < kMaxSamples) return Decoded();
   const PacketClaims claims(packet);
-  const std::uint32_t x0 = claims.x0;
-  buf[0] = 0;
+  std::uint8_t codes[kWordsPerFrame];
+  frame_codes(packet, 1, codes);
 
   // The first difference only sets the integration start so that the first sample is X0.
   const std::uint32_t w3 = load_be32(packet + word_offset(1, kFirstDataWord));
   std::uint32_t d0 = 0;
-  switch (code_of(load_be32(packet + word_offset(1, 0)), kFirstDataWord)) {
-    case 1: d0 = static_cast<std::uint32_t>(sext(w3 >> 24, 8)); break;
-    case 2: d0 = static_cast<std::uint32_t>(sext(w3 >> 16, 16)); break;
+  switch (codes[kFirstDataWord]) {
+    case 1: d0 = static_cast<std::uint32_t>(Steim2_get_bits(w3, 24, 8)); break;
+    case 2: d0 = static_cast<std::uint32_t>(Steim2_get_bits(w3, 16, 16)); break;
     case 3: d0 = w3; break;
     default: break;
   }
   // Unsigned arithmetic: the integration wraps modulo 2^32 like the recorder's.
-  std::uint32_t s = x0 - d0;
-  const bool mismatch = chn->last != 0 && static_cast<std::uint32_t>(chn->last) + d0 != x0;
+  std::uint32_t s = claims.x0 - d0;
+  const bool mismatch = last != 0 && static_cast<std::uint32_t>(last) + d0 != claims.x0;
 
-  std::uint32_t* out = buf + 1;
+  std::uint32_t* const first = span.data();
+  std::uint32_t* out = first;
   for (int f = 1; f <= dt::kFrameCount; ++f) {
-    const std::uint32_t control = load_be32(packet + word_offset(f, 0));
+    if (f > 1) frame_codes(packet, f, codes);
     for (int w = f == 1 ? kFirstDataWord : 1; w < kWordsPerFrame; ++w) {
       const std::uint8_t* p = packet + word_offset(f, w);
-      switch (code_of(control, w)) {
+      switch (codes[w]) {
         case 1:
           out[0] = s += static_cast<std::uint32_t>(static_cast<std::int8_t>(p[0]));
           out[1] = s += static_cast<std::uint32_t>(static_cast<std::int8_t>(p[1]));
@@ -87,8 +77,7 @@ void Buf_c0(CHNLST_T* chn, const std::uint8_t* packet, std::uint32_t* buf) {
       }
     }
   }
-  buf[0] = static_cast<std::uint32_t>(out - (buf + 1));
-  finish(chn, packet, buf, claims, d0, s, mismatch);
+  return finish(last, claims, static_cast<std::uint32_t>(out - first), d0, s, mismatch);
 }
 
 }  // namespace lm

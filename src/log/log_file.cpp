@@ -4,6 +4,7 @@
 #include <cstring>
 #include <ctime>
 
+#include "decode/decoders.hpp"
 #include "packet/codes.hpp"
 #include "packet/fields.hpp"
 #include "output/out_file.hpp"
@@ -97,16 +98,16 @@ void log_block(OutFile& stream, const std::uint8_t* packet, int kind) {
   if (kind == 4) {
     // The text lies in bytes 24 to 1023 at most; a byte count outside that range is bounded to it.
     unsigned n = hdr::kByteCount.value(packet);
-    if (n < 24) n = 24;
+    if (n < sh::kText) n = sh::kText;
     if (n > kPacketSize) n = kPacketSize;
     stream.write("     ");
-    for (unsigned i = 24; i < n; ++i) {
+    for (unsigned i = sh::kText; i < n; ++i) {
       stream.put(static_cast<char>(packet[i]));
       if (packet[i] == '\n') stream.write("     ");
     }
-    const bool ends_lf = n > 24 && packet[n - 1] == '\n';
+    const bool ends_lf = n > sh::kText && packet[n - 1] == '\n';
     if (!ends_lf) {
-      if (!(n > 25 && packet[n - 2] == '\r')) stream.put('\r');
+      if (!(n > sh::kText + 1u && packet[n - 2] == '\r')) stream.put('\r');
       stream.put('\n');
     }
     stream.write("\r\n");
@@ -118,6 +119,15 @@ void log_block(OutFile& stream, const std::uint8_t* packet, int kind) {
     }
     stream.write("\r\n");
   }
+}
+
+void log_steim_check(OutFile& stream, const std::uint8_t* packet, const Decoded& d) {
+  const SteimCheck& c = d.check;
+  stream.printf("     Read start 0x%08lX  stop 0x%08lX  samples %d\r\n", static_cast<unsigned long>(c.x0),
+                static_cast<unsigned long>(c.xn), int{c.n_hdr});
+  stream.printf("     Calc start 0x%08lX  stop 0x%08lX  samples %d\r\n", static_cast<unsigned long>(c.calc_start),
+                static_cast<unsigned long>(c.calc_stop), static_cast<int>(d.count));
+  log_block(stream, packet, 0);
 }
 
 void log_fd(OutFile&, const std::uint8_t*) {}

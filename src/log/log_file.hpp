@@ -4,6 +4,7 @@
 namespace lm {
 
 class OutFile;
+struct Decoded;
 
 // The settings block that heads every log and statistics file.
 void Log_fhdr(OutFile& stream);
@@ -11,6 +12,8 @@ void Log_fhdr(OutFile& stream);
 void log_head(OutFile& stream, const std::uint8_t* packet, std::uint16_t code, int unused);
 // kind 4: an SH packet's text; kind 0: a hex dump of the whole packet.
 void log_block(OutFile& stream, const std::uint8_t* packet, int kind);
+// A Steim packet that failed its end check: what it claims, what decoding gave, and its hex dump.
+void log_steim_check(OutFile& stream, const std::uint8_t* packet, const Decoded& d);
 // FD packets have their summary line only.
 void log_fd(OutFile& stream, const std::uint8_t* packet);
 

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "output/out_file.hpp"
+#include "packet/event_fields.hpp"
 
 namespace lm {
 
@@ -53,17 +54,19 @@ struct ChnColumn {
   std::uint16_t info_off;
   std::uint16_t width;
   std::uint16_t pkt_off;
+  constexpr ChnColumn(std::size_t info, eh::ColumnField pkt)
+      : info_off(static_cast<std::uint16_t>(info)), width(pkt.width), pkt_off(pkt.off) {}
 };
 namespace chn_col {
-inline constexpr ChnColumn kBitWght{offsetof(ChnInfo, BitWght), 8, 160};
-inline constexpr ChnColumn kTruWght{offsetof(ChnInfo, TruWght), 8, 288};
-inline constexpr ChnColumn kGain{offsetof(ChnInfo, Gain), 1, 416};
-inline constexpr ChnColumn kR{offsetof(ChnInfo, R), 1, 432};
-inline constexpr ChnColumn kFSV{offsetof(ChnInfo, FSV), 1, 448};
-inline constexpr ChnColumn kSEED{offsetof(ChnInfo, SEED), 4, 464};
-inline constexpr ChnColumn kSFSV{offsetof(ChnInfo, SFSV), 1, 528};
-inline constexpr ChnColumn kSVPU{offsetof(ChnInfo, SVPU), 6, 544};
-inline constexpr ChnColumn kU{offsetof(ChnInfo, U), 1, 640};
+inline constexpr ChnColumn kBitWght{offsetof(ChnInfo, BitWght), eh::kBitWght};
+inline constexpr ChnColumn kTruWght{offsetof(ChnInfo, TruWght), eh::kTruWght};
+inline constexpr ChnColumn kGain{offsetof(ChnInfo, Gain), eh::kGain};
+inline constexpr ChnColumn kR{offsetof(ChnInfo, R), eh::kRes};
+inline constexpr ChnColumn kFSV{offsetof(ChnInfo, FSV), eh::kFSV};
+inline constexpr ChnColumn kSEED{offsetof(ChnInfo, SEED), eh::kSEED};
+inline constexpr ChnColumn kSFSV{offsetof(ChnInfo, SFSV), eh::kSFSV};
+inline constexpr ChnColumn kSVPU{offsetof(ChnInfo, SVPU), eh::kSVPU};
+inline constexpr ChnColumn kU{offsetof(ChnInfo, U), eh::kUnits};
 inline constexpr ChnColumn kAll[] = {kBitWght, kTruWght, kGain, kR, kFSV, kSEED, kSFSV, kSVPU, kU};
 }  // namespace chn_col
 

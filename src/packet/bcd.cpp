@@ -22,14 +22,6 @@ std::uint16_t bcdtoi(const std::uint8_t* bytes, std::uint16_t count) {
   return bcd2i(bytes, static_cast<std::int16_t>(count));
 }
 
-std::int16_t swap16(std::uint16_t value) {
-  return static_cast<std::int16_t>(static_cast<std::uint16_t>((value >> 8) | (value << 8)));
-}
-
-std::uint32_t swap32(std::uint32_t value) {
-  return (value >> 24) | ((value >> 8) & 0x0000FF00u) | ((value << 8) & 0x00FF0000u) | (value << 24);
-}
-
 std::uint32_t reverse(const void* address, std::uint8_t count) {
   const auto* p = static_cast<const std::uint8_t*>(address);
   if (count == 2) return load_be16(p);

@@ -10,15 +10,13 @@ void unbcd(char* text, const std::uint8_t* bytes, std::uint16_t count);
 std::uint16_t bcd2i(const std::uint8_t* bytes, std::int16_t count);
 std::uint16_t bcdtoi(const std::uint8_t* bytes, std::uint16_t count);
 
-std::int16_t swap16(std::uint16_t value);
-std::uint32_t swap32(std::uint32_t value);
 // count bytes (2 or 4) read most significant first; any other count prints a message and gives 0.
 std::uint32_t reverse(const void* address, std::uint8_t count);
 
 // One 68-character hex dump line of 16 bytes into text (at least 69 bytes), NUL-terminated.
 void hex_str(char* text, const std::uint8_t* bytes);
 
-// Big-endian loads used by the decoders.
+// Big-endian loads: the one way packet numbers are read, whatever the host's byte order.
 inline std::uint32_t load_be32(const std::uint8_t* p) {
   return (std::uint32_t{p[0]} << 24) | (std::uint32_t{p[1]} << 16) | (std::uint32_t{p[2]} << 8) | p[3];
 }

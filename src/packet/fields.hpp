@@ -77,11 +77,18 @@ struct HeaderDigits {
   const char* at(int i) const { return d + i; }
 };
 
+// State-of-health (SH) packets: free text from here to the header's byte count.
+namespace sh {
+inline constexpr std::uint16_t kText = 24;
+}  // namespace sh
+
 // Data (DT) packet payloads.
 namespace dt {
 inline constexpr std::uint16_t kRawData = 24;     // 16- and 32-bit samples
 inline constexpr std::uint16_t kFrames = 64;      // Steim frames 1..15, 64 bytes each
 inline constexpr std::uint16_t kFrameSize = 64;
+inline constexpr std::uint16_t kX0 = kFrames + 4;  // integration constants: frame 1, words 1 and 2
+inline constexpr std::uint16_t kXn = kFrames + 8;
 inline constexpr int kFrameCount = 15;
 }  // namespace dt
 

@@ -118,7 +118,9 @@ std::uint16_t lm_cvt() {
                       unsigned{chn->evt_num}, unsigned{hdr::kStream.value(packet)} + 1u,
                       unsigned{hdr::kChannel.value(packet)} + 1u);
         if (Decoder decode = decoder_for(hdr::kFormat.value(packet))) {
-          decode(chn, packet, G.Data_buf);
+          const Decoded d = decode(packet, chn->last, {G.Data_buf + 1, kDataBufWords - 1});
+          G.Data_buf[0] = d.count;
+          if (d.failed && log && chn->unit) log_steim_check(chn->unit->fd_log, packet, d);
           Asc_data_out(chn, reinterpret_cast<const std::int32_t*>(G.Data_buf + 1),
                        static_cast<std::uint16_t>(G.Data_buf[0]));
         }
@@ -132,7 +134,7 @@ std::uint16_t lm_cvt() {
         break;
       case kNH:
       case kNT: {
-        const unsigned n = bcd2i(packet + 16, 2);
+        const unsigned n = hdr::kEvent.value(packet);
         if (verbose) show_nh_nt(code == kNH ? "NH" : "NT", unit, n);
         if (log) {
           log_nh_nt(*ulog, packet);

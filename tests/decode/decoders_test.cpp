@@ -10,6 +10,8 @@
 #include <vector>
 
 #include "decode/steim_fixture.hpp"
+#include "log/log_file.hpp"
+#include "log/log_fixture.hpp"
 #include "pktkit/steim_encoder.hpp"
 
 namespace {
@@ -60,9 +62,9 @@ TEST(RawSamples, BigEndianSignExtendedAndCappedAtWhatFits) {
   const std::uint8_t bytes[] = {0xFF, 0xFE, 0x7F, 0xFF, 0x80, 0x00, 0x00, 0x00, 0x7F, 0xFF, 0xFF, 0xFF, 0x12, 0x34};
   std::copy(std::begin(bytes), std::end(bytes), p.begin() + 24);
   pktkit::put_bcd(p, 20, 2, 5);
-  EXPECT_EQ(decode(lm::Buf_16, p, nullptr), (std::vector<std::int32_t>{-2, 32767, -32768, 0, 32767}));
+  EXPECT_EQ(decode(lm::Buf_16, p), (std::vector<std::int32_t>{-2, 32767, -32768, 0, 32767}));
   pktkit::put_bcd(p, 20, 2, 3);
-  EXPECT_EQ(decode(lm::Buf_32, p, nullptr), (std::vector<std::int32_t>{-2 << 16 | 0x7FFF, INT32_MIN, INT32_MAX}));
+  EXPECT_EQ(decode(lm::Buf_32, p), (std::vector<std::int32_t>{-2 << 16 | 0x7FFF, INT32_MIN, INT32_MAX}));
   const struct { lm::Decoder dec; std::uint16_t bcd; std::uint32_t want; } cases[] = {  // bcd: the count bytes
       {lm::Buf_16, 0x0001, 1},   {lm::Buf_16, 0x0500, 500}, {lm::Buf_16, 0x0501, 500}, {lm::Buf_16, 0x9999, 500},
       {lm::Buf_16, 0xFFFF, 500}, {lm::Buf_32, 0x0250, 250}, {lm::Buf_32, 0x0251, 250}, {lm::Buf_32, 0x00FF, 165},
@@ -70,7 +72,7 @@ TEST(RawSamples, BigEndianSignExtendedAndCappedAtWhatFits) {
   for (std::size_t i = 24; i < p.size(); ++i) p[i] = static_cast<std::uint8_t>(i * 7);
   for (const auto& c : cases) {
     pktkit::put_be16(p, 20, c.bcd);  // nibbles above 9 are taken at face value, then bounded
-    const auto s = decode(c.dec, p, nullptr);
+    const auto s = decode(c.dec, p);
     ASSERT_EQ(s.size(), c.want) << std::hex << c.bcd;
     const std::size_t end = 24 + (c.dec == lm::Buf_16 ? 2 : 4) * s.size();  // the last sample's bytes end here
     EXPECT_EQ(s.back() & 0xFFFF, p[end - 2] << 8 | p[end - 1]) << std::hex << c.bcd;
@@ -97,9 +99,9 @@ TEST(SteimTest, EveryWordLayout) {
       for (std::size_t i = first; i < c.diffs.size(); ++i) want.push_back(int(unsigned(want.back()) + unsigned(c.diffs[i])));
       Frames fr(c.format, unsigned(want.size()), unsigned(want[0]), unsigned(want.back()));
       if (!first) fr.add(c.format == 0xC0 ? 3 : 2, c.format == 0xC0 ? 0 : 0x40000000u);  // one difference of 0
-      lm::CHNLST_T chn;
-      EXPECT_EQ(decode(steim(fr.p), fr.add(c.code, c.word).p, &chn), want) << std::hex << c.word << " first " << first;
-      EXPECT_EQ(chn.last, want.back());
+      std::int32_t last = 0;
+      EXPECT_EQ(decode(steim(fr.p), fr.add(c.code, c.word).p, &last), want) << std::hex << c.word << " first " << first;
+      EXPECT_EQ(last, want.back());
     }
   }
 }
@@ -123,11 +125,11 @@ TEST(SteimTest, AllFifteenFramesAreDecodedUpToTheLastByte) {
     const unsigned n = 223 * c.per_word;  // 13 words in frame 1, 15 in each of frames 2-15
     Frames fr(c.format, n, unsigned(-400), n - 401);
     for (int i = 0; i < 223; ++i) fr.add(c.code, c.word);
-    lm::CHNLST_T chn;
-    const auto s = decode(steim(fr.p), fr.p, &chn);
+    std::int32_t last = 0;
+    const auto s = decode(steim(fr.p), fr.p, &last);
     ASSERT_EQ(s.size(), n);
     for (unsigned i = 0; i < n; ++i) ASSERT_EQ(s[i], int(i) - 400) << i;
-    EXPECT_EQ(chn.last, int(n) - 401);
+    EXPECT_EQ(last, int(n) - 401);
   }
 }
 
@@ -139,7 +141,7 @@ std::string report(const char* read, const char* calc) {
 TEST(SteimTest, EndChecksAndTheirReport) {
   // log: the report lines, empty when the packet passes; out: what goes to stdout.
   const struct { const char* name; Frames fr; std::int32_t last_before; std::vector<std::int32_t> samples;
-    std::string log; std::int32_t last_after; std::string out = ""; bool log_on = true; } cases[] = {
+    std::string log; std::int32_t last_after; std::string out = ""; } cases[] = {
       {"count differs", Frames(0xC0, 10, 0x10, 0x1B).add(1, 0x00010101u).add(1, 0x01010101u).add(1, 0x01010101u),
        0, {16, 17, 18, 19, 20, 21, 22, 23, 24, 25, 26, 27},
        report("0x00000010  stop 0x0000001B  samples 10", "0x00000000  stop 0x0000001B  samples 12"), 27},
@@ -162,33 +164,31 @@ TEST(SteimTest, EndChecksAndTheirReport) {
       {"Steim-1 word 3 empty: d0 = 0", Frames(0xC0, 4, 100, 108).at(1, 4, 1, 0x05010101u), 100, {105, 106, 107, 108}, "", 108},
       {"no data, Xn differs", Frames(0xC2, 0, 42, 43), 0, {},
        report("0x0000002A  stop 0x0000002B  samples 0", "0x00000000  stop 0x0000002A  samples 0"), 43},
-      {"log off", Frames(0xC0, 10, 1, 9).add(1, 0x00010101u), 0, {1, 2, 3, 4}, "", 9, "", false},
   };
   for (const auto& c : cases) {
-    lm::G.Log_on = c.log_on;
-    decode_test::LoggedChannel lc;
-    lc.chn.last = c.last_before;
+    std::int32_t last = c.last_before;
+    lm::Decoded d;
     testing::internal::CaptureStdout();
-    EXPECT_EQ(decode(steim(c.fr.p), c.fr.p, &lc.chn), c.samples) << c.name;
+    EXPECT_EQ(decode(steim(c.fr.p), c.fr.p, &last, &d), c.samples) << c.name;
     std::fflush(stdout);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), c.out) << c.name;
-    EXPECT_EQ(lc.log(), c.log.empty() ? "" : c.log + packet_dump(c.fr.p)) << c.name;
-    EXPECT_EQ(lc.chn.last, c.last_after) << c.name;
+    const std::string log =
+        d.failed ? log_test::logged([&](lm::OutFile& f) { lm::log_steim_check(f, c.fr.p.data(), d); }) : "";
+    EXPECT_EQ(log, c.log.empty() ? "" : c.log + packet_dump(c.fr.p)) << c.name;
+    EXPECT_EQ(last, c.last_after) << c.name;
   }
-  lm::reset_globals();
 }
 
-// Any bytes decode without a read outside the packet or a write beyond the buffer; a failing
-// packet of a channel without a unit has no log to go to.
+// Any bytes decode without a read outside the packet or a write beyond the span.
 TEST(SteimTest, ArbitraryBytesStayInBounds) {
   std::mt19937 rng(12345);
   Packet p;
-  lm::CHNLST_T chn;
+  std::int32_t last = 0;
   testing::internal::CaptureStdout();
   for (int round = 0; round < 200; ++round) {
     for (auto& b : p) b = static_cast<std::uint8_t>(rng());
-    EXPECT_LE(decode(lm::Buf_c0, p, &chn).size(), 892u);
-    EXPECT_LE(decode(lm::Buf_c2, p, &chn).size(), 1561u);
+    EXPECT_LE(decode(lm::Buf_c0, p, &last).size(), 892u);
+    EXPECT_LE(decode(lm::Buf_c2, p, &last).size(), 1561u);
   }
   testing::internal::GetCapturedStdout();
 }

@@ -1,6 +1,6 @@
 #pragma once
 // Test support for the sample decoders: decoding from an exact 1024-byte heap copy (the sanitizers
-// catch any read beyond it), a unit packet log on a temporary file, random traces.
+// catch any read beyond it) into a span of exactly the largest size, random traces.
 #include <algorithm>
 #include <cstdint>
 #include <random>
@@ -8,28 +8,21 @@
 #include <vector>
 
 #include "decode/decoders.hpp"
-#include "model/records.hpp"
-#include "run/globals.hpp"
-#include "support/e2e.hpp"
+#include "pktkit/packet_builder.hpp"
 
 namespace decode_test {
 
-// The samples a decoder yields (at most what the buffer holds, whatever its count word says).
-inline std::vector<std::int32_t> decode(lm::Decoder dec, const pktkit::Packet& p, lm::CHNLST_T* chn) {
+// The samples a decoder yields (at most what the span holds, whatever its count says), carrying the
+// channel's last sample in `last` (a fresh 0 when null); `result` receives the decoder's result.
+inline std::vector<std::int32_t> decode(lm::Decoder dec, const pktkit::Packet& p, std::int32_t* last = nullptr,
+                                        lm::Decoded* result = nullptr) {
   const std::vector<std::uint8_t> exact(p.begin(), p.end());
-  std::vector<std::uint32_t> buf(lm::kDataBufWords, 0xDEADBEEF);
-  dec(chn, exact.data(), buf.data());
-  return {buf.begin() + 1, buf.begin() + 1 + std::min<std::uint32_t>(buf[0], lm::kDataBufWords - 1)};
+  std::vector<std::uint32_t> buf(lm::kMaxSamples, 0xDEADBEEF);
+  std::int32_t fresh = 0;
+  const lm::Decoded d = dec(exact.data(), last ? *last : fresh, buf);
+  if (result) *result = d;
+  return {buf.begin(), buf.begin() + std::min<std::size_t>(d.count, buf.size())};
 }
-
-// A channel whose unit has its packet log open on a temporary file.
-struct LoggedChannel {
-  e2e::TempDir tmp;
-  lm::UNIT_T unit;
-  lm::CHNLST_T chn;
-  LoggedChannel() { unit.fd_log.open((tmp / "u.lml").c_str(), "wb"); chn.unit = &unit; }
-  std::string log() { unit.fd_log.close(); return e2e::read_file(tmp / "u.lml"); }  // all logged so far; closes it
-};
 
 // A random walk from v with steps of a bit width drawn from `widths` (width b: a step in
 // [-2^(b-1), 2^(b-1) - 1]), kept within [lo, hi] by reversing a step that would leave it.

@@ -3,27 +3,14 @@
 #include <string>
 
 #include "log/log_file.hpp"
-#include "output/out_file.hpp"
-#include "pktkit/packet_builder.hpp"
+#include "log/log_fixture.hpp"
 #include "run/globals.hpp"
-#include "support/e2e.hpp"
 
 namespace {
 
 using namespace lm;
+using log_test::logged;
 using pktkit::Packet;
-
-// Runs `write` against a fresh log file and returns what it holds.
-template <class F>
-std::string logged(F write) {
-  e2e::TempDir tmp;
-  const std::string path = tmp / "x.lml";
-  OutFile f;
-  EXPECT_TRUE(f.open(path.c_str(), "wb"));
-  write(f);
-  f.close();
-  return e2e::read_file(path);
-}
 
 class LogHead : public testing::Test {
  protected:

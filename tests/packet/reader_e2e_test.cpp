@@ -1,6 +1,7 @@
 // The packet loop as a user sees it: progress display, run-log lines, partial packets.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -88,6 +89,33 @@ TEST(Spine, VerboseLinesAndRunLogForEveryType) {
   log += "DT 09:045:01:02:03.456 U:00AB E:0012 D:2 C:5 S:0000 F:15 N:0004 B:0000000009\r\n";
   log += "SH 09:045:01:02:03.456 U:00AB                            N:0005 B:0000000010\r\n";
   EXPECT_EQ(log_lines(e2e::read_file(tmp / "in.lml")), log);
+}
+
+// The unit log: each packet's summary line, then its dump; an NH before any EH is dumped in full.
+TEST(Spine, UnitLogDumpsFollowTheirSummaryLines) {
+  TempDir tmp;
+  std::filesystem::create_directory(tmp / "out");
+  const Packet nh = pktkit::make_event_packet("NH", 0x00AB, {}, 1, 12, 0, false, {});
+  e2e::write_packets(tmp / "in.pkt", {nh, text_packet("DR", 0x00AB, 2), text_packet("FD", 0x00AB, 3)});
+  ASSERT_EQ(run({"in.pkt", "out"}, tmp.str()).status, 0);
+  EXPECT_EQ(log_lines(e2e::read_file(tmp / "out/ID00AB.lml")),
+            "NH 09:032:00:00:00.000 U:00AB E:0012 D:1            F:00 N:0001 B:0000000000\r\n"
+            "   Trigger time           : 2009032000000500\r\n"
+            "   First sample time      : 2009032000000000\r\n"
+            "   Detrigger time         : 2009032000009000\r\n"
+            "   Last sample time       : 2009032000010000\r\n"
+            "   Sample rate            :  100\r\n"
+            "   Trigger type           : EVT \r\n"
+            "   Stream Name            : STREAM ONE              \r\n"
+            "\r\n"
+            "DR 09:045:01:02:03.456 U:00AB                            N:0002 B:0000000001\r\n"
+            "     Prev Dir Location (Block)    : 0000000000\r\n"
+            "     Next Dir Location (Block)    : 0000000000\r\n"
+            "     Block/Sector Flag            : 0\r\n"
+            "     No of dir entries            : 0\r\n"
+            "     Last Entry Number            : 0\r\n"
+            "\r\n"
+            "FD 09:045:01:02:03.456 U:00AB                            N:0003 B:0000000002\r\n");
 }
 
 TEST(Spine, MegabyteCounterWhenNotVerbose) {
