@@ -1,10 +1,10 @@
 #include "output/asc_trace.hpp"
 
-#include <charconv>
 #include <cstdio>
 #include <string_view>
 
 #include "config/tables.hpp"
+#include "run/dec_text.hpp"
 #include "run/globals.hpp"
 
 namespace lm {
@@ -35,6 +35,60 @@ int rate_text(CHNLST_T* chn, char* out, std::size_t cap) {
     if ((n = std::snprintf(out, cap, "%*.*e", width, prec, rate)) <= width) return n;
   out[width] = '\0';  // unreachable for the widths the first header gives (6 and more)
   return width;
+}
+
+// The running statistics of a channel, held in registers for the length of one packet.
+struct Running {
+  std::uint32_t cnt, min_at, max_at;
+  double sum, sq_sum, min, max;
+
+  explicit Running(const CHNLST_T& c)
+      : cnt(c.cnt), min_at(c.min_at), max_at(c.max_at), sum(c.sum), sq_sum(c.sq_sum), min(c.min), max(c.max) {}
+  void store(CHNLST_T& c) const {
+    c.cnt = cnt;
+    c.min_at = min_at;
+    c.max_at = max_at;
+    c.sum = sum;
+    c.sq_sum = sq_sum;
+    c.min = min;
+    c.max = max;
+  }
+  // Ties keep the first occurrence.
+  void add(std::int32_t v) {
+    const double x = v;
+    ++cnt;
+    sum += x;
+    sq_sum += x * x;
+    if (x < min) {
+      min = x;
+      min_at = cnt;
+    }
+    if (x > max) {
+      max = x;
+      max_at = cnt;
+    }
+  }
+};
+
+// One "%ld\r\n" line per sample, formatted straight into the file's buffer a block at a time; the
+// statistics in the same pass, where they fill the formatting's idle cycles.
+void write_samples(OutFile& f, const std::int32_t* v, std::uint32_t n, Running& run) {
+  constexpr std::uint32_t kBlock = 256;
+  while (n > 0) {
+    const std::uint32_t k = n < kBlock ? n : kBlock;
+    char* const start = f.reserve(k * kSampleLineMax);
+    char* out = start;
+    for (std::uint32_t j = 0; j < k; ++j) {
+      run.add(v[j]);
+      out = put_dec(out, v[j]);
+      out[0] = '\r';
+      out[1] = '\n';
+      out += 2;
+    }
+    f.commit(static_cast<std::size_t>(out - start));
+    v += k;
+    n -= k;
+  }
 }
 
 }  // namespace
@@ -69,31 +123,17 @@ void Asc_data_out(CHNLST_T* chn, const std::int32_t* samples, std::uint16_t coun
     i = chn->trash < count ? chn->trash : count;
     chn->trash -= i;
   }
-  OutFile& f = chn->fp;
-  const bool to_file = f.is_open();
-  const std::uint32_t limit = G.Smp_limit;
-  for (; i < count && chn->cnt < limit; ++i) {
-    const std::int32_t v = samples[i];
-    if (to_file) {
-      char* const line = f.reserve(kSampleLineMax);
-      char* end = std::to_chars(line, line + kSampleLineMax, v).ptr;
-      *end++ = '\r';
-      *end++ = '\n';
-      f.commit(static_cast<std::size_t>(end - line));
-    }
-    ++chn->cnt;
-    const double x = v;
-    chn->sum += x;
-    chn->sq_sum += x * x;
-    if (x < chn->min) {
-      chn->min = x;
-      chn->min_at = chn->cnt;
-    }
-    if (x > chn->max) {
-      chn->max = x;
-      chn->max_at = chn->cnt;
-    }
+  // A bad event's channels stand past the limit: nothing more is taken.
+  if (chn->cnt >= G.Smp_limit) return;
+  const std::uint32_t room = G.Smp_limit - chn->cnt;
+  const std::uint32_t end = i + (count - i < room ? count - i : room);
+  Running run(*chn);
+  if (chn->fp.is_open()) {
+    write_samples(chn->fp, samples + i, end - i, run);
+  } else {
+    for (; i < end; ++i) run.add(samples[i]);
   }
+  run.store(*chn);
 }
 
 void Asc_data_close(CHNLST_T* chn) {
