@@ -1,5 +1,7 @@
 #include "output/asc_trace.hpp"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <string_view>
 
@@ -37,7 +39,9 @@ int rate_text(CHNLST_T* chn, char* out, std::size_t cap) {
   return width;
 }
 
-// The running statistics of a channel, held in registers for the length of one packet.
+// The running statistics of a channel, held in registers for the length of one packet. Every
+// value is what adding the samples one at a time in double precision gives, bit for bit: the
+// count, sum and extremes are taken in integers where double arithmetic would be exact anyway.
 struct Running {
   std::uint32_t cnt, min_at, max_at;
   double sum, sq_sum, min, max;
@@ -53,33 +57,50 @@ struct Running {
     c.min = min;
     c.max = max;
   }
-  // Ties keep the first occurrence.
-  void add(std::int32_t v) {
+  // The squares stay one at a time: their rounding depends on the order.
+  void add_square(std::int32_t v) {
     const double x = v;
-    ++cnt;
-    sum += x;
     sq_sum += x * x;
-    if (x < min) {
-      min = x;
-      min_at = cnt;
+  }
+  // Count, sum and extremes of v[0..n) (n >= 1); ties keep the first occurrence.
+  void add_packet(const std::int32_t* v, std::uint32_t n) {
+    std::int64_t psum = 0;
+    std::int32_t lo = v[0], hi = v[0];
+    for (std::uint32_t j = 0; j < n; ++j) {
+      psum += v[j];
+      lo = v[j] < lo ? v[j] : lo;
+      hi = v[j] > hi ? v[j] : hi;
     }
-    if (x > max) {
-      max = x;
-      max_at = cnt;
+    if (lo < min) {
+      min = lo;
+      min_at = cnt + 1 + static_cast<std::uint32_t>(std::find(v, v + n, lo) - v);
     }
+    if (hi > max) {
+      max = hi;
+      max_at = cnt + 1 + static_cast<std::uint32_t>(std::find(v, v + n, hi) - v);
+    }
+    // Below this every partial sum of a packet is an integer under 2^53, exact in a double.
+    constexpr double kExactSum = 9007199254740992.0 - (kDataBufWords - 1) * 2147483648.0;
+    if (std::fabs(sum) <= kExactSum) {
+      sum += static_cast<double>(psum);
+    } else {
+      for (std::uint32_t j = 0; j < n; ++j) sum += v[j];
+    }
+    cnt += n;
   }
 };
 
 // One "%ld\r\n" line per sample, formatted straight into the file's buffer a block at a time; the
-// statistics in the same pass, where they fill the formatting's idle cycles.
+// squares in the same pass, where their chain of additions fills the formatting's idle cycles.
 void write_samples(OutFile& f, const std::int32_t* v, std::uint32_t n, Running& run) {
+  run.add_packet(v, n);
   constexpr std::uint32_t kBlock = 256;
   while (n > 0) {
     const std::uint32_t k = n < kBlock ? n : kBlock;
     char* const start = f.reserve(k * kSampleLineMax);
     char* out = start;
     for (std::uint32_t j = 0; j < k; ++j) {
-      run.add(v[j]);
+      run.add_square(v[j]);
       out = put_dec(out, v[j]);
       out[0] = '\r';
       out[1] = '\n';
@@ -127,11 +148,13 @@ void Asc_data_out(CHNLST_T* chn, const std::int32_t* samples, std::uint16_t coun
   if (chn->cnt >= G.Smp_limit) return;
   const std::uint32_t room = G.Smp_limit - chn->cnt;
   const std::uint32_t end = i + (count - i < room ? count - i : room);
+  if (i == end) return;
   Running run(*chn);
   if (chn->fp.is_open()) {
     write_samples(chn->fp, samples + i, end - i, run);
   } else {
-    for (; i < end; ++i) run.add(samples[i]);
+    run.add_packet(samples + i, end - i);
+    for (; i < end; ++i) run.add_square(samples[i]);
   }
   run.store(*chn);
 }
