@@ -139,6 +139,7 @@ int main(int argc, char** argv) {
     ok = ok && put(pkt, make_event_packet("ET", kUnit, at(e, n), next_seq(), evt, 0, false, info));
     ok = ok && write_mseed(mseed, e, tr);
   }
+  ok = ok && !std::ferror(pkt) && !std::ferror(mseed);  // the record writer's fwrite included
   ok = std::fclose(pkt) == 0 && ok;
   ok = std::fclose(mseed) == 0 && ok;
   if (!ok) {

@@ -22,7 +22,8 @@ int main(int argc, char **argv) {
     for (int64_t i = 0; i < msr->numsamples; ++i) fprintf(out, "%ld\r\n", (long)s[i]);
   }
   ms_readmsr(&msr, NULL, 0, NULL, NULL, 0, 0, 0);
-  if (fclose(out) != 0 || rc != MS_ENDOFFILE) {
+  const int write_failed = ferror(out) != 0;
+  if (fclose(out) != 0 || write_failed || rc != MS_ENDOFFILE) {
     fprintf(stderr, "%s: %s\n", argv[0], rc != MS_ENDOFFILE ? ms_errorstr(rc) : "write failed");
     return 1;
   }

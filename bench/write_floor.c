@@ -1,5 +1,5 @@
 /* The floor of any conversion: the same output bytes, already in memory, written in 64 KiB writes.
- * Reads the given files first, then prints the seconds the writing alone took.
+ * Reads the given files first, then prints the wall and the processor seconds of the writing alone.
  * Usage: bench_floor out_dir file... */
 #define _POSIX_C_SOURCE 200809L
 #include <fcntl.h>
@@ -7,6 +7,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
@@ -47,6 +48,12 @@ static int store(const char *dir, const struct blob *b) {
   return close(fd);
 }
 
+static double seconds(long s, long us) { return (double)s + (double)us / 1e6; }
+
+static double cpu_seconds(const struct rusage *u) {
+  return seconds(u->ru_utime.tv_sec + u->ru_stime.tv_sec, u->ru_utime.tv_usec + u->ru_stime.tv_usec);
+}
+
 int main(int argc, char **argv) {
   if (argc < 3) {
     fprintf(stderr, "usage: %s out_dir file...\n", argv[0]);
@@ -60,6 +67,8 @@ int main(int argc, char **argv) {
       return 1;
     }
   struct timespec t0, t1;
+  struct rusage u0, u1;
+  getrusage(RUSAGE_SELF, &u0);
   clock_gettime(CLOCK_MONOTONIC, &t0);
   for (int i = 0; i < n; ++i)
     if (store(argv[1], &blobs[i]) != 0) {
@@ -67,6 +76,8 @@ int main(int argc, char **argv) {
       return 1;
     }
   clock_gettime(CLOCK_MONOTONIC, &t1);
-  printf("%.6f\n", (double)(t1.tv_sec - t0.tv_sec) + (double)(t1.tv_nsec - t0.tv_nsec) / 1e9);
+  getrusage(RUSAGE_SELF, &u1);
+  printf("%.6f %.6f\n", seconds(t1.tv_sec - t0.tv_sec, (t1.tv_nsec - t0.tv_nsec) / 1000),
+         cpu_seconds(&u1) - cpu_seconds(&u0));
   return 0;
 }
