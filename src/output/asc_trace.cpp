@@ -93,7 +93,6 @@ struct Running {
 // One "%ld\r\n" line per sample, formatted straight into the file's buffer a block at a time; the
 // squares in the same pass, where their chain of additions fills the formatting's idle cycles.
 void write_samples(OutFile& f, const std::int32_t* v, std::uint32_t n, Running& run) {
-  run.add_packet(v, n);
   constexpr std::uint32_t kBlock = 256;
   while (n > 0) {
     const std::uint32_t k = n < kBlock ? n : kBlock;
@@ -150,10 +149,10 @@ void Asc_data_out(CHNLST_T* chn, const std::int32_t* samples, std::uint16_t coun
   const std::uint32_t end = i + (count - i < room ? count - i : room);
   if (i == end) return;
   Running run(*chn);
+  run.add_packet(samples + i, end - i);
   if (chn->fp.is_open()) {
     write_samples(chn->fp, samples + i, end - i, run);
   } else {
-    run.add_packet(samples + i, end - i);
     for (; i < end; ++i) run.add_square(samples[i]);
   }
   run.store(*chn);
