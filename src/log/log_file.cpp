@@ -8,6 +8,7 @@
 #include "packet/codes.hpp"
 #include "packet/fields.hpp"
 #include "output/out_file.hpp"
+#include "run/dec_text.hpp"
 #include "run/globals.hpp"
 
 namespace lm {
@@ -70,28 +71,43 @@ void Log_fhdr(OutFile& stream) {
 }
 
 void log_head(OutFile& stream, const std::uint8_t* packet, std::uint16_t code, int) {
+  // One line per packet: formatted by hand, the widths and paddings of its printf form kept.
   const HeaderDigits h(packet, true);
   namespace d = hdr::digit;
-  const char mark = G.sign == 0 ? ' ' : (G.sign < 0 ? '-' : '+');
+  char line[128];
+  char* p = put_text_n(line, hdr::kType.ptr(packet), 2);
+  *p++ = G.sign == 0 ? ' ' : (G.sign < 0 ? '-' : '+');
   G.sign = 0;
-  stream.printf("%.2s%c%.2s:%.3s:%.2s:%.2s:%.2s.%.3s U:%04hX", hdr::kType.ptr(packet), mark, h.at(d::kYear),
-                h.at(d::kDay), h.at(d::kHour), h.at(d::kMinute), h.at(d::kSecond), h.at(d::kMilli),
-                hdr::kUnitId.value(packet));
+  static constexpr struct {
+    int digit, width;
+    char after;
+  } kTime[] = {{d::kYear, 2, ':'}, {d::kDay, 3, ':'},    {d::kHour, 2, ':'},
+               {d::kMinute, 2, ':'}, {d::kSecond, 2, '.'}, {d::kMilli, 3, ' '}};
+  for (const auto& t : kTime) {
+    p = put_text_n(p, h.at(t.digit), t.width);
+    *p++ = t.after;
+  }
+  p = put_hex(put_text(p, "U:"), hdr::kUnitId.value(packet), 4);
   if (has_extension(code)) {
-    stream.printf(" E:%4.4s D:%1.1u", h.at(d::kEvent), unsigned{hdr::kStream.value(packet)} + 1u);
+    p = put_dec_min(put_text(put_text_n(put_text(p, " E:"), h.at(d::kEvent), 4), " D:"),
+                    unsigned{hdr::kStream.value(packet)} + 1u, 1);
     if (code == kDT) {
       // Channels past 'Z' (damaged BCD) show as '?'.
       const unsigned c = unsigned{hdr::kChannel.value(packet)} + 1u;
       const char ch = c <= 9 ? static_cast<char>('0' + c) : (c <= 35 ? static_cast<char>('A' + c - 10) : '?');
-      stream.printf(" C:%c S:%4.4d", ch, int{hdr::kSamples.value(packet)});
+      p = put_text(p, " C:");
+      *p++ = ch;
+      p = put_dec_min(put_text(p, " S:"), hdr::kSamples.value(packet), 4);
     } else {
-      stream.write("           ");
+      p = put_text(p, "           ");
     }
-    stream.printf(" F:%2.2X", unsigned{hdr::kFormat.value(packet)});
+    p = put_hex(put_text(p, " F:"), hdr::kFormat.value(packet), 2);
   } else {
-    stream.write("                           ");
+    p = put_text(p, "                           ");
   }
-  stream.printf(" N:%.4s B:%010ld\r\n", h.at(d::kSequence), static_cast<long>(G.Blk_cnt));
+  p = put_text(put_text_n(put_text(p, " N:"), h.at(d::kSequence), 4), " B:");
+  p = put_text(put_dec_min(p, G.Blk_cnt, 10), "\r\n");
+  stream.write(line, static_cast<std::size_t>(p - line));
 }
 
 void log_block(OutFile& stream, const std::uint8_t* packet, int kind) {

@@ -1,10 +1,12 @@
 #include "output/asc_trace.hpp"
 
-#include <charconv>
+#include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <string_view>
 
 #include "config/tables.hpp"
+#include "run/dec_text.hpp"
 #include "run/globals.hpp"
 #include "time/time_str.hpp"
 
@@ -36,6 +38,78 @@ int rate_text(CHNLST_T* chn, char* out, std::size_t cap) {
     if ((n = std::snprintf(out, cap, "%*.*e", width, prec, rate)) <= width) return n;
   out[width] = '\0';  // unreachable for the widths the first header gives (6 and more)
   return width;
+}
+
+// The running statistics of a channel, held in registers for the length of one packet. Every
+// value is what adding the samples one at a time in double precision gives, bit for bit: the
+// count, sum and extremes are taken in integers where double arithmetic would be exact anyway.
+struct Running {
+  std::uint32_t cnt, min_at, max_at;
+  double sum, sq_sum, min, max;
+
+  explicit Running(const CHNLST_T& c)
+      : cnt(c.cnt), min_at(c.min_at), max_at(c.max_at), sum(c.sum), sq_sum(c.sq_sum), min(c.min), max(c.max) {}
+  void store(CHNLST_T& c) const {
+    c.cnt = cnt;
+    c.min_at = min_at;
+    c.max_at = max_at;
+    c.sum = sum;
+    c.sq_sum = sq_sum;
+    c.min = min;
+    c.max = max;
+  }
+  // The squares stay one at a time: their rounding depends on the order.
+  void add_square(std::int32_t v) {
+    const double x = v;
+    sq_sum += x * x;
+  }
+  // Count, sum and extremes of v[0..n) (n >= 1); ties keep the first occurrence.
+  void add_packet(const std::int32_t* v, std::uint32_t n) {
+    std::int64_t psum = 0;
+    std::int32_t lo = v[0], hi = v[0];
+    for (std::uint32_t j = 0; j < n; ++j) {
+      psum += v[j];
+      lo = v[j] < lo ? v[j] : lo;
+      hi = v[j] > hi ? v[j] : hi;
+    }
+    if (lo < min) {
+      min = lo;
+      min_at = cnt + 1 + static_cast<std::uint32_t>(std::find(v, v + n, lo) - v);
+    }
+    if (hi > max) {
+      max = hi;
+      max_at = cnt + 1 + static_cast<std::uint32_t>(std::find(v, v + n, hi) - v);
+    }
+    // Below this every partial sum of a packet is an integer under 2^53, exact in a double.
+    constexpr double kExactSum = 9007199254740992.0 - (kDataBufWords - 1) * 2147483648.0;
+    if (std::fabs(sum) <= kExactSum) {
+      sum += static_cast<double>(psum);
+    } else {
+      for (std::uint32_t j = 0; j < n; ++j) sum += v[j];
+    }
+    cnt += n;
+  }
+};
+
+// One "%ld\r\n" line per sample, formatted straight into the file's buffer a block at a time; the
+// squares in the same pass, where their chain of additions fills the formatting's idle cycles.
+void write_samples(OutFile& f, const std::int32_t* v, std::uint32_t n, Running& run) {
+  constexpr std::uint32_t kBlock = 256;
+  while (n > 0) {
+    const std::uint32_t k = n < kBlock ? n : kBlock;
+    char* const start = f.reserve(k * kSampleLineMax);
+    char* out = start;
+    for (std::uint32_t j = 0; j < k; ++j) {
+      run.add_square(v[j]);
+      out = put_dec(out, v[j]);
+      out[0] = '\r';
+      out[1] = '\n';
+      out += 2;
+    }
+    f.commit(static_cast<std::size_t>(out - start));
+    v += k;
+    n -= k;
+  }
 }
 
 }  // namespace
@@ -71,31 +145,19 @@ void Asc_data_out(CHNLST_T* chn, const std::int32_t* samples, std::uint16_t coun
     i = chn->trash < count ? chn->trash : count;
     chn->trash -= i;
   }
-  OutFile& f = chn->fp;
-  const bool to_file = f.is_open();
-  const std::uint32_t limit = G.Smp_limit;
-  for (; i < count && chn->cnt < limit; ++i) {
-    const std::int32_t v = samples[i];
-    if (to_file) {
-      char* const line = f.reserve(kSampleLineMax);
-      char* end = std::to_chars(line, line + kSampleLineMax, v).ptr;
-      *end++ = '\r';
-      *end++ = '\n';
-      f.commit(static_cast<std::size_t>(end - line));
-    }
-    ++chn->cnt;
-    const double x = v;
-    chn->sum += x;
-    chn->sq_sum += x * x;
-    if (x < chn->min) {
-      chn->min = x;
-      chn->min_at = chn->cnt;
-    }
-    if (x > chn->max) {
-      chn->max = x;
-      chn->max_at = chn->cnt;
-    }
+  // A bad event's channels stand past the limit: nothing more is taken.
+  if (chn->cnt >= G.Smp_limit) return;
+  const std::uint32_t room = G.Smp_limit - chn->cnt;
+  const std::uint32_t end = i + (count - i < room ? count - i : room);
+  if (i == end) return;
+  Running run(*chn);
+  run.add_packet(samples + i, end - i);
+  if (chn->fp.is_open()) {
+    write_samples(chn->fp, samples + i, end - i, run);
+  } else {
+    for (; i < end; ++i) run.add_square(samples[i]);
   }
+  run.store(*chn);
 }
 
 void Asc_data_close(CHNLST_T* chn) {

@@ -1,6 +1,10 @@
 #include "packet/reader.hpp"
 
+#include <unistd.h>
+
+#include <chrono>
 #include <cstdio>
+#include <cstring>
 
 #include "decode/decoders.hpp"
 #include "log/log_file.hpp"
@@ -13,6 +17,7 @@
 #include "packet/codes.hpp"
 #include "packet/fields.hpp"
 #include "qc/qcc.hpp"
+#include "run/dec_text.hpp"
 #include "run/globals.hpp"
 #include "run/shut_down.hpp"
 
@@ -29,19 +34,82 @@ namespace {
 
 unsigned long blk_no() { return static_cast<unsigned long>(G.Blk_cnt) + 1; }
 
+// The progress display. Redirected, every line goes out as it comes. On a terminal drawing costs
+// more than converting, and a line overwritten within 50 ms is never seen: lines come out at most
+// about 20 times a second, and the latest one is always drawn at the end.
+class Progress {
+ public:
+  Progress() : tty_(isatty(fileno(stdout)) != 0) {}
+  void show(const char* text, std::size_t n) {
+    if (!tty_) {
+      std::fwrite(text, 1, n, stdout);
+      return;
+    }
+    std::memcpy(pending_, text, n < sizeof pending_ ? n : sizeof pending_);
+    pending_len_ = n < sizeof pending_ ? n : sizeof pending_;
+    const auto now = std::chrono::steady_clock::now();
+    if (now - drawn_ >= std::chrono::milliseconds(50)) {
+      drawn_ = now;
+      draw();
+    }
+  }
+  void show(const char* text) { show(text, std::strlen(text)); }
+  // The latest line, when it has not been drawn yet.
+  void settle() {
+    if (tty_) draw();
+  }
+
+ private:
+  void draw() {
+    if (pending_len_ == 0) return;
+    std::fwrite(pending_, 1, pending_len_, stdout);
+    std::fflush(stdout);
+    pending_len_ = 0;
+  }
+  bool tty_;
+  char pending_[160];
+  std::size_t pending_len_ = 0;
+  std::chrono::steady_clock::time_point drawn_{};
+};
+
 // Console progress line of an EH or ET packet.
-void show_eh_et(const char* type, const Evt* e) {
-  std::printf("\r%05lu       %s      %04hX       %04u          %02u         -    %3.3s  %.4f", blk_no(), type,
-              e->unit_id, unsigned{e->evt}, unsigned{e->strm} + 1u, e->trg_type, static_cast<double>(e->rate));
+void show_eh_et(Progress& con, const char* type, const Evt* e) {
+  char line[160];
+  std::snprintf(line, sizeof line, "\r%05lu       %s      %04hX       %04u          %02u         -    %3.3s  %.4f",
+                blk_no(), type, e->unit_id, unsigned{e->evt}, unsigned{e->strm} + 1u, e->trg_type,
+                static_cast<double>(e->rate));
+  con.show(line);
 }
 
-// Console progress line of the packets that are only logged.
-void show_plain(const std::uint8_t* pkt) {
-  std::printf("\r%05lu       %2.2s         -          -          -          -   ", blk_no(), hdr::kType.ptr(pkt));
+// Console progress line of a DT packet, the one that comes with nearly every packet: by hand.
+void show_dt(Progress& con, const UNIT_T* unit, const CHNLST_T* chn, const std::uint8_t* pkt) {
+  char line[96];
+  char* p = put_dec_min(put_text(line, "\r"), blk_no(), 5);
+  p = put_hex(put_text(p, "       DT      "), unit->unit_id, 4);
+  p = put_dec_min(put_text(p, "       "), chn->evt_num, 4);
+  p = put_dec_min(put_text(p, "         "), unsigned{hdr::kStream.value(pkt)} + 1u, 2);
+  p = put_dec_min(put_text(p, "         "), unsigned{hdr::kChannel.value(pkt)} + 1u, 2);
+  p = put_text(p, "   ");
+  con.show(line, static_cast<std::size_t>(p - line));
 }
 
-void show_nh_nt(const char* type, const UNIT_T* unit, unsigned n) {
-  std::printf("\r%05lu       %s      %04hX       %04u          -          -    ", blk_no(), type, unit->unit_id, n);
+// Console progress line of the packets that are only logged; SH packets show their unit.
+void show_plain(Progress& con, const std::uint8_t* pkt, const UNIT_T* sh_unit) {
+  char line[96];
+  if (sh_unit)
+    std::snprintf(line, sizeof line, "\r%05lu       %2.2s      %04hX          -          -          -   ", blk_no(),
+                  hdr::kType.ptr(pkt), sh_unit->unit_id);
+  else
+    std::snprintf(line, sizeof line, "\r%05lu       %2.2s         -          -          -          -   ", blk_no(),
+                  hdr::kType.ptr(pkt));
+  con.show(line);
+}
+
+void show_nh_nt(Progress& con, const char* type, const UNIT_T* unit, unsigned n) {
+  char line[96];
+  std::snprintf(line, sizeof line, "\r%05lu       %s      %04hX       %04u          -          -    ", blk_no(), type,
+                unit->unit_id, n);
+  con.show(line);
 }
 
 bool channels_1_to_16(const std::uint8_t* pkt) { return (hdr::kFlags.value(pkt) & hdr::kFlagBlock17to32) == 0; }
@@ -77,6 +145,7 @@ std::uint16_t lm_cvt() {
   G.N_opn_fls = 0;
   G.Blk_cnt = 0;
 
+  Progress con;
   alignas(8) std::uint8_t packet[kPacketSize];
   while (Blk_read(packet) == 0) {
     const std::uint16_t code = code_set(packet);
@@ -98,7 +167,7 @@ std::uint16_t lm_cvt() {
         Evt* e = Evt_find(unit, packet);
         const bool low = channels_1_to_16(packet);
         if (low) (code == kEH ? e->pkt_eh : e->pkt_et) = 1;
-        if (verbose) show_eh_et(code == kEH ? "EH" : "ET", e);
+        if (verbose) show_eh_et(con, code == kEH ? "EH" : "ET", e);
         if (code == kET && low) {
           if (G.Qcc_on) Qcc_store(unit, e, packet);
           Evt_remove(e);
@@ -113,10 +182,7 @@ std::uint16_t lm_cvt() {
         Evt* e = Evt_find(unit, packet);
         if (log && G.Log_dt) log_head(*ulog, packet, kDT, 0);
         CHNLST_T* chn = Chn_find(e, packet);
-        if (verbose)
-          std::printf("\r%05lu       DT      %04hX       %04u         %02u         %02u   ", blk_no(), unit->unit_id,
-                      unsigned{chn->evt_num}, unsigned{hdr::kStream.value(packet)} + 1u,
-                      unsigned{hdr::kChannel.value(packet)} + 1u);
+        if (verbose) show_dt(con, unit, chn, packet);
         if (Decoder decode = decoder_for(hdr::kFormat.value(packet))) {
           const Decoded d = decode(packet, chn->last, {G.Data_buf + 1, kDataBufWords - 1});
           G.Data_buf[0] = d.count;
@@ -127,15 +193,13 @@ std::uint16_t lm_cvt() {
         break;
       }
       case kSH:
-        if (verbose)
-          std::printf("\r%05lu       %2.2s      %04hX          -          -          -   ", blk_no(),
-                      hdr::kType.ptr(packet), unit->unit_id);
+        if (verbose) show_plain(con, packet, unit);
         if (log) log_block(*ulog, packet, 4);
         break;
       case kNH:
       case kNT: {
         const unsigned n = hdr::kEvent.value(packet);
-        if (verbose) show_nh_nt(code == kNH ? "NH" : "NT", unit, n);
+        if (verbose) show_nh_nt(con, code == kNH ? "NH" : "NT", unit, n);
         if (log) {
           log_nh_nt(*ulog, packet);
           ulog->write("\r\n");
@@ -144,7 +208,7 @@ std::uint16_t lm_cvt() {
         break;
       }
       default: {
-        if (verbose) show_plain(packet);
+        if (verbose) show_plain(con, packet, nullptr);
         if (!log) break;
         switch (code) {
           case kSC: log_sc(*ulog, packet); break;
@@ -162,9 +226,14 @@ std::uint16_t lm_cvt() {
         break;
       }
     }
-    if (code != kNone && !verbose && G.Blk_cnt % 1024 == 0) std::printf("\rMeg: %4u", unsigned(G.Blk_cnt / 1024));
+    if (code != kNone && !verbose && G.Blk_cnt % 1024 == 0) {
+      char line[32];
+      std::snprintf(line, sizeof line, "\rMeg: %4u", unsigned(G.Blk_cnt / 1024));
+      con.show(line);
+    }
     ++G.Blk_cnt;
   }
+  con.settle();
   finish(packet);
   return 0;
 }

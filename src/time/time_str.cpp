@@ -7,6 +7,7 @@
 #include "packet/bcd.hpp"
 #include "packet/fields.hpp"
 #include "run/number.hpp"
+#include "run/dec_text.hpp"
 
 namespace lm {
 TimeText::TimeText(const char* time) { std::memcpy(t_, time, strnlen(time, kTimeLen)); }
@@ -76,9 +77,12 @@ void add_str_tim(char* time, float rate, const std::uint8_t* count) {
     ++year;
     day = static_cast<std::uint16_t>(day - year_len);
   }
+  // Once per data packet: by hand, as "%04u%03d%02u%02u%02u%03lu" would write it.
   char out[64];
-  std::snprintf(out, sizeof out, "%04u%03d%02u%02u%02u%03lu", unsigned{year}, int{day}, unsigned{hour},
-                unsigned{minute}, unsigned{second}, static_cast<unsigned long>(milli));
+  char* p = put_dec_min(out, year, 4);
+  p = put_dec_min(p, day, 3);
+  p = put_dec_min(put_dec_min(put_dec_min(p, hour, 2), minute, 2), second, 2);
+  put_dec_min(p, milli, 3);
   std::memcpy(time, out, kTimeLen);  // the fields fit 16 digits; never write past the string
   time[kTimeLen] = '\0';
 }

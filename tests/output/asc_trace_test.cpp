@@ -14,25 +14,36 @@ using namespace lm;
 class AscTrace : public ChnWorld {};
 
 TEST_F(AscTrace, StatisticsOfTheWrittenSamplesKeepFirstOccurrences) {
+  constexpr std::uint32_t kAll = 4294967295u;
   const struct {
     std::uint32_t skip, limit;
-    std::vector<std::int32_t> samples;
+    double start_sum;
+    std::vector<std::vector<std::int32_t>> packets;
     const char* want;  // sum, sum of squares, minimum and maximum at their sample numbers
   } cases[] = {
-      {0, 4294967295u, {1, 2, 3, 4}, "10 30 1@1 4@4"},
-      {0, 4294967295u, {5, 1, 5, 1}, "12 52 1@2 5@1"},
-      {0, 4294967295u, {-7, -7, -7}, "-21 147 -7@1 -7@1"},
-      {0, 2, {3, 4, -100, 100}, "7 25 3@1 4@2"},  // beyond the limit nothing counts
-      {2, 4294967295u, {-100, 100, 3, 4}, "7 25 3@1 4@2"},  // nor what is skipped
+      {0, kAll, 0, {{1, 2, 3, 4}}, "10 30 1@1 4@4"},
+      {0, kAll, 0, {{5, 1, 5, 1}}, "12 52 1@2 5@1"},
+      {0, kAll, 0, {{-7, -7, -7}}, "-21 147 -7@1 -7@1"},
+      {0, kAll, 0, {{3, 1}, {1, 0, 3, 0}}, "8 20 0@4 3@1"},  // ties across packets too
+      {0, 2, 0, {{3, 4, -100, 100}}, "7 25 3@1 4@2"},        // beyond the limit nothing counts
+      {2, kAll, 0, {{-100, 100, 3, 4}}, "7 25 3@1 4@2"},     // nor what is skipped
+      {1, 3, 0, {{9}, {-1, 2}, {5, 6}}, "6 30 -1@1 5@3"},
+      // Past 2^53 a double rounds each addition (ties to even): 2^53 - 2 plus four ones is 2^53.
+      {0, kAll, 9007199254740990.0, {{1, 1, 1, 1}}, "9007199254740992 4 1@1 1@1"},
+      {0, kAll, -9007199254740990.0, {{-1, -1, -1, -1}}, "-9007199254740992 4 -1@1 -1@1"},
+      {0, kAll, 0, {{2147483647, -2147483647 - 1, 2147483647}},
+       "2147483646 1.3835058046692229e+19 -2147483648@2 2147483647@1"},
   };
   for (const auto& c : cases) {
     fresh();
     G.Smp_skip = c.skip;
     G.Smp_limit = c.limit;
-    const CHNLST_T* chn = feed({}, 0, c.samples);
-    char got[128];
-    std::snprintf(got, sizeof got, "%g %g %g@%u %g@%u", chn->sum, chn->sq_sum, chn->min, chn->min_at, chn->max,
-                  chn->max_at);
+    CHNLST_T* chn = feed({}, 0, {});
+    chn->sum = c.start_sum;
+    for (const auto& p : c.packets) feed({}, 0, p);
+    char got[160];
+    std::snprintf(got, sizeof got, "%.17g %.17g %.17g@%u %.17g@%u", chn->sum, chn->sq_sum, chn->min, chn->min_at,
+                  chn->max, chn->max_at);
     EXPECT_STREQ(got, c.want);
   }
 }

@@ -96,6 +96,20 @@ TEST_F(TraceE2e, WholeTraceFilesOfOneEventWithBothChannelBlocks) {
   EXPECT_EQ(out(f + "12.atr"), header("01:18", 1, "0.998 mV", " 1.000", " 0.500") + "18\r\n");
 }
 
+// Sample text is built in groups of four digits: every group boundary, both signs.
+TEST_F(TraceE2e, SampleLinesAcrossDigitGroupBoundaries) {
+  Input in;
+  in.dt({}, 0,
+        {0, 9, -9, 10, 999, 1000, -1000, 9999, 10000, -10000, 10001, 99999999, 100000000, -100000000, 100000001,
+         -99999999, 2147483647, -2147483647 - 1, -2147483647, 1000000000, 20000},
+        true);
+  convert(tmp, in, {"-HN"});
+  EXPECT_EQ(out("2009032000000000_09A3F_1_1.atr"),
+            "0\r\n9\r\n-9\r\n10\r\n999\r\n1000\r\n-1000\r\n9999\r\n10000\r\n-10000\r\n10001\r\n99999999\r\n"
+            "100000000\r\n-100000000\r\n100000001\r\n-99999999\r\n2147483647\r\n-2147483648\r\n-2147483647\r\n"
+            "1000000000\r\n20000\r\n");
+}
+
 TEST_F(TraceE2e, NamesAndDirectoriesForEveryPathAndNameOption) {
   const struct {
     const char* path;

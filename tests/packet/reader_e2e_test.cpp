@@ -2,6 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <cstdio>
+#include <cstdlib>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -126,6 +129,31 @@ TEST(Spine, MegabyteCounterWhenNotVerbose) {
   EXPECT_EQ(r.status, 0);
   EXPECT_EQ(after_echo(r.out), "\r\n\nMeg:     0\rMeg:    0\rMeg:    1\r\n");
   EXPECT_FALSE(e2e::exists(tmp / "in.lml"));
+}
+
+// On a terminal the progress line is drawn at most about 20 times a second: some packets' lines are
+// never drawn, those drawn come in order, and the last packet's line always stands at the end.
+TEST(Spine, OnATerminalProgressIsThinnedAndEndsWithTheLastPacket) {
+  TempDir tmp;
+  constexpr unsigned kPackets = 3000;
+  e2e::write_packets(tmp / "in.pkt", std::vector<Packet>(kPackets, text_packet("FD", 1, 1)));
+  const auto r = e2e::run_on_terminal({"in.pkt", "-LN"}, tmp.str());
+  EXPECT_EQ(r.status, 0);
+  const std::string rest = after_echo(r.out);
+  ASSERT_TRUE(rest.starts_with(kVerboseStart)) << rest.substr(0, 200);
+  ASSERT_TRUE(rest.ends_with("\r03000       FD         -          -          -          -   \r\n")) << rest;
+  std::istringstream drawn(rest.substr(kVerboseStart.size() + 1, rest.size() - kVerboseStart.size() - 3));
+  unsigned lines = 0, last = 0;
+  for (std::string line; std::getline(drawn, line, '\r'); ++lines) {
+    char want[80];
+    const unsigned n = static_cast<unsigned>(std::atoi(line.c_str()));
+    std::snprintf(want, sizeof want, "%05u       FD         -          -          -          -   ", n);
+    EXPECT_EQ(line, want);
+    EXPECT_GT(n, last);
+    last = n;
+  }
+  EXPECT_EQ(last, kPackets);
+  EXPECT_LT(lines, kPackets / 2);  // would take 75 s of drawing at 20 lines a second
 }
 
 TEST(Spine, LoggingOffWritesNoLogAnywhere) {

@@ -1,6 +1,9 @@
 #include "support/e2e.hpp"
 
+#include <fcntl.h>
+#include <pty.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -26,6 +29,40 @@ TempDir::~TempDir() {
   fs::remove_all(path_, ec);
 }
 
+namespace {
+
+// In the child: the converter with the arguments, run in cwd.
+[[noreturn]] void exec_converter(const std::vector<std::string>& args, const std::string& cwd, const char* lmu) {
+  if (::chdir(cwd.c_str()) != 0) ::_exit(127);
+  if (lmu) ::setenv("LMU", lmu, 1); else ::unsetenv("LMU");
+  std::vector<char*> argv;
+  std::string bin = LM_ASC_BIN;
+  argv.push_back(bin.data());
+  std::vector<std::string> copy = args;
+  for (auto& a : copy) argv.push_back(a.data());
+  argv.push_back(nullptr);
+  ::execv(bin.c_str(), argv.data());
+  ::_exit(127);
+}
+
+// Everything fd gives until its writer is gone, then the child's status.
+RunResult collect(int fd, pid_t pid) {
+  RunResult r;
+  char buf[65536];
+  for (;;) {
+    const ssize_t n = ::read(fd, buf, sizeof buf);
+    if (n <= 0) break;
+    r.out.append(buf, static_cast<std::size_t>(n));
+  }
+  ::close(fd);
+  int st = 0;
+  ::waitpid(pid, &st, 0);
+  r.status = WIFEXITED(st) ? WEXITSTATUS(st) : 128 + WTERMSIG(st);
+  return r;
+}
+
+}  // namespace
+
 RunResult run(const std::vector<std::string>& args, const std::string& cwd, const char* lmu,
               const std::string& stdin_text) {
   int out_pipe[2];
@@ -39,16 +76,7 @@ RunResult run(const std::vector<std::string>& args, const std::string& cwd, cons
     ::close(out_pipe[1]);
     ::close(in_pipe[0]);
     ::close(in_pipe[1]);
-    if (::chdir(cwd.c_str()) != 0) ::_exit(127);
-    if (lmu) ::setenv("LMU", lmu, 1); else ::unsetenv("LMU");
-    std::vector<char*> argv;
-    std::string bin = LM_ASC_BIN;
-    argv.push_back(bin.data());
-    std::vector<std::string> copy = args;
-    for (auto& a : copy) argv.push_back(a.data());
-    argv.push_back(nullptr);
-    ::execv(bin.c_str(), argv.data());
-    ::_exit(127);
+    exec_converter(args, cwd, lmu);
   }
   ::close(out_pipe[1]);
   ::close(in_pipe[0]);
@@ -58,18 +86,25 @@ RunResult run(const std::vector<std::string>& args, const std::string& cwd, cons
     (void)w;
   }
   ::close(in_pipe[1]);
-  RunResult r;
-  char buf[65536];
-  for (;;) {
-    const ssize_t n = ::read(out_pipe[0], buf, sizeof buf);
-    if (n <= 0) break;
-    r.out.append(buf, static_cast<std::size_t>(n));
+  return collect(out_pipe[0], pid);
+}
+
+RunResult run_on_terminal(const std::vector<std::string>& args, const std::string& cwd) {
+  termios raw{};
+  ::cfmakeraw(&raw);  // the bytes as written, no line-end translation
+  int master = -1, slave = -1;
+  if (::openpty(&master, &slave, nullptr, &raw, nullptr) != 0) throw std::runtime_error("openpty failed");
+  const pid_t pid = ::fork();
+  if (pid == 0) {
+    ::dup2(slave, 1);
+    const int null_in = ::open("/dev/null", O_RDONLY);
+    ::dup2(null_in, 0);
+    ::close(master);
+    ::close(slave);
+    exec_converter(args, cwd, nullptr);
   }
-  ::close(out_pipe[0]);
-  int st = 0;
-  ::waitpid(pid, &st, 0);
-  r.status = WIFEXITED(st) ? WEXITSTATUS(st) : 128 + WTERMSIG(st);
-  return r;
+  ::close(slave);
+  return collect(master, pid);  // the read fails (EIO) once the run has closed the terminal
 }
 
 std::string read_file(const std::string& path) {

@@ -29,6 +29,9 @@ class TempDir {
 RunResult run(const std::vector<std::string>& args, const std::string& cwd, const char* lmu = nullptr,
               const std::string& stdin_text = "");
 
+// Runs the converter with its standard output on a pseudo-terminal.
+RunResult run_on_terminal(const std::vector<std::string>& args, const std::string& cwd);
+
 std::string read_file(const std::string& path);
 bool exists(const std::string& path);
 // Writes packets to a file.
