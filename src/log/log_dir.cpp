@@ -16,9 +16,10 @@ void log_dir_times(OutFile& s, const std::uint8_t* e) {
   for (int k = 0; k < dir::entry::kTimes; ++k) {
     s.write(kLabels[k]);
     if (const std::uint32_t packed = dir::entry::time(k).value(e)) {
-      char t[16];
-      secs_split(packed, t);
-      s.printf("%4.4s:%3.3s:%2.2s:%2.2s:%2.2s.%.3u", t, t + 4, t + 7, t + 9, t + 11,
+      char digits[16];
+      secs_split(packed, digits);
+      const TimeText t(digits);
+      s.printf("%4.4s:%3.3s:%2.2s:%2.2s:%2.2s.%.3u", t.year(), t.day(), t.hour(), t.minute(), t.second(),
                unsigned{dir::entry::milli(k).value(e)});
     }
     s.write("\r\n");
