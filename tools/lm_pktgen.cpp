@@ -32,6 +32,13 @@ PktTime advance(PktTime t, int ms) {
   return t;
 }
 
+// The 16-digit time text that event headers carry for their first and last samples.
+std::string time_text(PktTime t) {
+  char out[32];  // room for any int, though the generator's fields are all in range
+  std::snprintf(out, sizeof out, "20%02d%03d%02d%02d%02d%03d", t.yy, t.ddd, t.hh, t.mm, t.ss, t.ms);
+  return out;
+}
+
 Packet text_packet(const char* type, std::uint16_t unit, PktTime t, unsigned seq, const std::string& body) {
   Packet p = make_header(type, unit, t, seq);
   for (std::size_t i = 16; i < p.size(); ++i) p[i] = ' ';
@@ -85,6 +92,9 @@ int main(int argc, char** argv) {
       info.svpu = {"1.2500", "1.2500", "1.2500", "1.2500", "1.2500"};
       info.units = "11111";
       info.position = "N 3403.132W11814.622    71";
+      // Each event its own first-sample time, so gathered files of different events never share a name.
+      info.first_time = time_text(t);
+      info.last_time = time_text(advance(t, per_channel * 1000 - 10));
       append(out, make_event_packet("EH", units[u], t, seq[u]++, evt, 0, false, info));
       unsigned n = 0;
       // Channels 0-1: 16-bit, 2: 32-bit, 3: Steim-1, 4: Steim-2; the Steim ones carry their last sample on.
