@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "model/ring_index.hpp"
 #include "output/out_file.hpp"
 
 namespace lm {
@@ -16,6 +17,7 @@ struct UNIT_T {
   UNIT_T* prv = nullptr;
   UNIT_T* nxt = nullptr;
   Evt* evt = nullptr;        // current event, null when none is open
+  RingIndex<Evt> evt_index;  // event number -> open event
   OutFile fd_log;            // packet log
   OutFile fd_qcc;            // statistics file
   std::int32_t ini_first = 0;
@@ -77,6 +79,7 @@ struct Evt {
   Evt* prv = nullptr;
   Evt* nxt = nullptr;
   CHNLST_T* chn = nullptr;   // current channel, null until the first data packet
+  RingIndex<CHNLST_T> chn_index;  // channel number -> channel
   UNIT_T* unit = nullptr;
   std::uint16_t unit_id = 0;
   std::uint16_t evt = 0;

@@ -108,9 +108,7 @@ void Asc_chn_name(CHNLST_T* chn, const char* time) {
       return;
     }
   }
-  std::printf("\n\nERROR!!!!!\n   Unable to create an unique filename.");
-  fcloseall();
-  run_exit(23);
+  end_run(23, CloseFiles::yes, "\n\nERROR!!!!!\n   Unable to create an unique filename.");
 }
 
 const char* Asc_evt_name(Evt* evt) {

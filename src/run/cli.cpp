@@ -60,7 +60,7 @@ namespace {
 
 [[noreturn]] void usage() {
   syntax();
-  run_exit(2);
+  end_run(2, CloseFiles::no, nullptr);
 }
 
 // Yes/no switch value: 1, 0, or the usage.
