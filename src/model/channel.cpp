@@ -100,10 +100,11 @@ CHNLST_T* Chn_find(Evt* evt, const std::uint8_t* packet) {
 
   // An open trace file needs nothing, so the existence test is made only for a closed one.
   if (!chn->fp.is_open()) {
-    if (!fexist(chn->name)) {
+    if (chn->claimed || !fexist(chn->name)) {
       if (G.Smp_limit != 0) {
         open_trace(start, chn);
         Asc_dhdr_out(chn);
+        chn->claimed = 0;
       }
     } else {
       open_trace(start, chn);

@@ -152,6 +152,7 @@ struct CHNLST_T {
   std::int16_t dip = 0;
   std::int32_t last = 0;     // last sample of the previous Steim packet, for the continuity check
   std::uint8_t rate_width = 0;  // width of the rate text in the trace file's first header, 0 before it
+  std::uint8_t claimed = 0;  // this run created the (still empty) trace file; its first header is due
 };
 
 // The entry of channel n (0-based) in a column: entry n & 15 of block n >> 4. Channel numbers come

@@ -14,6 +14,7 @@
 #include "packet/fields.hpp"
 #include "qc/qcc.hpp"
 #include "run/globals.hpp"
+#include "run/interrupt.hpp"
 #include "run/shut_down.hpp"
 
 namespace lm {
@@ -21,7 +22,8 @@ namespace lm {
 std::uint16_t Blk_read(std::uint8_t* buffer) {
   const std::size_t n = std::fread(buffer, 1, kPacketSize, G.FdIn);
   if (n == kPacketSize) return 0;
-  if (std::ferror(G.FdIn)) shut_down(21, G.FileIn);
+  // A read cut short by an interrupt is the end of the input, not a read error.
+  if (std::ferror(G.FdIn) && !interrupted()) shut_down(21, G.FileIn);
   return kBlkEnd;
 }
 
@@ -80,7 +82,7 @@ std::uint16_t lm_cvt() {
   G.Blk_cnt = 0;
 
   alignas(8) std::uint8_t packet[kPacketSize];
-  while (Blk_read(packet) == 0) {
+  while (!interrupted() && Blk_read(packet) == 0) {
     const std::uint16_t code = code_set(packet);
     UNIT_T* unit = nullptr;
     if (code != kNone) {
@@ -170,7 +172,9 @@ std::uint16_t lm_cvt() {
     if (code != kNone && !verbose && G.Blk_cnt % 1024 == 0) std::printf("\rMeg: %4u", unsigned(G.Blk_cnt / 1024));
     ++G.Blk_cnt;
   }
+  // An interrupted run is finished like the end of the input, so what it converted is complete.
   finish(packet);
+  if (interrupted()) shut_down(1, nullptr);
   return 0;
 }
 

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <new>
 #include <string>
 #include <string_view>
 
@@ -18,6 +19,7 @@
 #include "run/exit.hpp"
 #include "run/file_util.hpp"
 #include "run/globals.hpp"
+#include "run/interrupt.hpp"
 #include "run/shut_down.hpp"
 #include "run/text.hpp"
 
@@ -248,6 +250,7 @@ int convert(int argc, char** argv) {
   struct stat st {};
   if (::fstat(::fileno(G.FdIn), &st) == 0 && st.st_size == 0) return 1;
 
+  interrupt_arm();
   const std::uint16_t status = lm_cvt();
   fcloseall();
   std::printf("\r\n");
@@ -260,10 +263,16 @@ int run_main(int argc, char** argv) {
   reset_globals();
   int status;
   try {
-    status = convert(argc, argv);
+    try {
+      status = convert(argc, argv);
+    } catch (const std::bad_alloc&) {
+      // Allocations without a check of their own (library containers) end the run the same way.
+      shut_down(40, "heap");
+    }
   } catch (const RunExit& e) {
     status = e.status;
   }
+  interrupt_disarm();
   reset_globals();  // closes and flushes whatever is still open, as the process exit would
   std::fflush(stdout);
   return status;
