@@ -1,5 +1,6 @@
 #include "output/out_file.hpp"
 
+#include <cerrno>
 #include <cstdarg>
 #include <cstring>
 #include <new>
@@ -35,6 +36,8 @@ void give_back(char* buf) {
 bool OutFile::open(const char* path, const char* mode) {
   close();
   fp_ = fopen_lm(path, mode);
+  // A stream the library could not allocate is out of memory, not a file that cannot be opened.
+  if (!fp_ && errno == ENOMEM) shut_down(40, path);
   if (!fp_) return false;
   path_ = path;
   len_ = 0;
