@@ -1,5 +1,6 @@
 #include "support/e2e.hpp"
 
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -26,8 +27,7 @@ TempDir::~TempDir() {
   fs::remove_all(path_, ec);
 }
 
-RunResult run(const std::vector<std::string>& args, const std::string& cwd, const char* lmu,
-              const std::string& stdin_text) {
+Child start(const std::vector<std::string>& args, const std::string& cwd, const char* lmu, const Limits& limits) {
   int out_pipe[2];
   int in_pipe[2];
   if (::pipe(out_pipe) != 0 || ::pipe(in_pipe) != 0) throw std::runtime_error("pipe failed");
@@ -41,6 +41,15 @@ RunResult run(const std::vector<std::string>& args, const std::string& cwd, cons
     ::close(in_pipe[1]);
     if (::chdir(cwd.c_str()) != 0) ::_exit(127);
     if (lmu) ::setenv("LMU", lmu, 1); else ::unsetenv("LMU");
+    if (limits.open_files) {
+      const rlimit r{limits.open_files, limits.open_files};
+      ::setrlimit(RLIMIT_NOFILE, &r);
+    }
+    if (limits.file_size) {
+      std::signal(SIGXFSZ, SIG_IGN);
+      const rlimit r{limits.file_size, limits.file_size};
+      ::setrlimit(RLIMIT_FSIZE, &r);
+    }
     std::vector<char*> argv;
     std::string bin = LM_ASC_BIN;
     argv.push_back(bin.data());
@@ -52,24 +61,34 @@ RunResult run(const std::vector<std::string>& args, const std::string& cwd, cons
   }
   ::close(out_pipe[1]);
   ::close(in_pipe[0]);
+  return Child{pid, out_pipe[0], in_pipe[1]};
+}
+
+RunResult finish(Child& child, const std::string& stdin_text) {
   if (!stdin_text.empty()) {
     std::signal(SIGPIPE, SIG_IGN);  // the run may end before it reads its input
-    const ssize_t w = ::write(in_pipe[1], stdin_text.data(), stdin_text.size());
+    const ssize_t w = ::write(child.in_fd, stdin_text.data(), stdin_text.size());
     (void)w;
   }
-  ::close(in_pipe[1]);
+  ::close(child.in_fd);
   RunResult r;
   char buf[65536];
   for (;;) {
-    const ssize_t n = ::read(out_pipe[0], buf, sizeof buf);
+    const ssize_t n = ::read(child.out_fd, buf, sizeof buf);
     if (n <= 0) break;
     r.out.append(buf, static_cast<std::size_t>(n));
   }
-  ::close(out_pipe[0]);
+  ::close(child.out_fd);
   int st = 0;
-  ::waitpid(pid, &st, 0);
+  ::waitpid(child.pid, &st, 0);
   r.status = WIFEXITED(st) ? WEXITSTATUS(st) : 128 + WTERMSIG(st);
   return r;
+}
+
+RunResult run(const std::vector<std::string>& args, const std::string& cwd, const char* lmu,
+              const std::string& stdin_text, const Limits& limits) {
+  Child child = start(args, cwd, lmu, limits);
+  return finish(child, stdin_text);
 }
 
 std::string read_file(const std::string& path) {
