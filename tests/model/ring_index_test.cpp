@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <memory>
 #include <random>
+#include <vector>
 
 #include "model/ring_index.hpp"
 
@@ -16,16 +18,29 @@ struct Rec {
 TEST(RingIndex, AgreesWithAMapThroughInsertsAndErases) {
   const struct {
     unsigned seed;
-    std::uint32_t key_range;  // small ranges crowd the table
+    std::vector<std::uint32_t> pool;  // keys to draw from; empty: 0 to range - 1
+    std::uint32_t range;
     int steps;
-  } cases[] = {{1, 16, 2000}, {2, 200, 5000}, {3, 17000, 20000}, {4, 65536, 20000}};
+  } cases[] = {
+      {1, {}, 16, 2000},
+      {2, {}, 200, 5000},
+      {3, {}, 17000, 20000},
+      {4, {}, 65536, 20000},
+      // At most four keys stay in the first table of 8 slots: keys homed on its last slots (7, 14, 21;
+      // 2, 9) and on its first (0, 5) make clusters that wrap round its end.
+      {5, {7, 14, 21, 0}, 0, 3000},
+      {6, {7, 14, 0, 5}, 0, 3000},
+      {7, {2, 9, 7, 14}, 0, 3000},
+  };
   for (const auto& c : cases) {
     std::mt19937 rng(c.seed);
+    std::vector<std::uint32_t> keys = c.pool;
+    for (std::uint32_t k = 0; k < c.range; ++k) keys.push_back(k);
     std::map<std::uint32_t, Rec*> want;
     std::vector<std::unique_ptr<Rec>> store;
     lm::RingIndex<Rec> index;
     for (int step = 0; step < c.steps; ++step) {
-      const std::uint32_t key = rng() % c.key_range;
+      const std::uint32_t key = keys[rng() % keys.size()];
       if (rng() % 3 != 0) {
         if (want.count(key)) continue;
         store.push_back(std::make_unique<Rec>(Rec{step}));
@@ -35,10 +50,11 @@ TEST(RingIndex, AgreesWithAMapThroughInsertsAndErases) {
         index.erase(key);
         want.erase(key);
       }
-      if (step % 97 == 0 || c.key_range <= 200) {
-        for (std::uint32_t k = 0; k < c.key_range && k < 400; ++k) {
-          const auto it = want.find(k);
-          ASSERT_EQ(index.find(k), it == want.end() ? nullptr : it->second) << c.seed << " step " << step << " key " << k;
+      if (step % 97 == 0 || keys.size() <= 200) {
+        for (std::size_t i = 0; i < keys.size() && i < 400; ++i) {
+          const auto it = want.find(keys[i]);
+          ASSERT_EQ(index.find(keys[i]), it == want.end() ? nullptr : it->second)
+              << c.seed << " step " << step << " key " << keys[i];
         }
       }
     }
