@@ -43,8 +43,9 @@ echo "events 2000 x 16: status $st, $secs s, peak $((kb / 1024)) MB"
 for limit in 400000 20000 14000; do
   for input in u8.pkt e.pkt; do
     fresh
-    out=$( (ulimit -v $limit; "$bin/lm_asc" $input out -VN -Q+ 2>&1); echo " status $?")
-    echo "memory ulimit -v $limit, $input: $(echo "$out" | tail -c 120 | tr '\r\n' '  ')"
+    (ulimit -v $limit; "$bin/lm_asc" $input out -VN -Q+ >o.txt 2>&1)
+    st=$?
+    echo "memory ulimit -v $limit, $input: status $st, last line: $(tr '\r' '\n' <o.txt | grep -v '^ *$' | tail -1)"
   done
 done
 
@@ -71,12 +72,12 @@ for ((i = 0; i < trials; i++)); do
 done
 echo "parallel: $trials trials, $shared trace files with more than one header, $(ls out/*.atr | wc -l) files in the last"
 
-"$bin/lm_pktgen" long.pkt 40 100 >/dev/null
+"$bin/lm_pktgen" long.pkt 150 100 >/dev/null
 for sig in INT TERM; do
   fresh
   "$bin/lm_asc" long.pkt out -VN >o.txt &
   pid=$!
-  sleep 0.5
+  sleep 0.3
   kill -$sig $pid
   wait $pid
   st=$?

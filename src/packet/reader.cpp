@@ -174,7 +174,10 @@ std::uint16_t lm_cvt() {
   }
   // An interrupted run is finished like the end of the input, so what it converted is complete.
   finish(packet);
-  if (interrupted()) shut_down(1, nullptr);
+  if (interrupted()) {
+    fcloseall();  // before the ending, so that a failing close is still reported as such
+    shut_down(1, nullptr);
+  }
   return 0;
 }
 
