@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the build and the tests need (and any named as arguments), when missing.
 set -euo pipefail
-pkgs=(cmake g++ make libgtest-dev libmseed-dev pkg-config libcairo2-dev fonts-dejavu-core "$@")  # callers may name more
+pkgs=(cmake g++ make libgtest-dev libmseed-dev pkg-config libcairo2-dev fonts-dejavu-core clang libclang-rt-14-dev
+      "$@")  # callers may name more
 missing=()
 for p in "${pkgs[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

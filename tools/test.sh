@@ -9,3 +9,5 @@ ctest --test-dir build --output-on-failure -j2
 cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DLM_SANITIZE=ON
 cmake --build build-asan -j2
 ctest --test-dir build-asan --output-on-failure -j2
+# Each fuzz target briefly (about 60 s in all); tools/fuzz.sh takes longer runs.
+bash tools/fuzz.sh 15

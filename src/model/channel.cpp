@@ -36,9 +36,7 @@ void make_room(CHNLST_T* start, const CHNLST_T* own) {
 void open_trace(CHNLST_T* start, CHNLST_T* chn) {
   make_room(start, chn);
   if (Chn_file_open(chn, "a+b")) return;
-  std::printf("\n\nERROR!!!!\n   unable to open %s for output.", chn->name);
-  fcloseall();
-  run_exit(20);
+  end_run(20, CloseFiles::yes, "\n\nERROR!!!!\n   unable to open %s for output.", chn->name);
 }
 
 // The event's rate from a channel's written samples over the time since its first packet.
@@ -69,9 +67,13 @@ CHNLST_T* Chn_find(Evt* evt, const std::uint8_t* packet) {
   pkt_time_str(packet, time);
 
   CHNLST_T* start = evt->chn;
-  CHNLST_T* chn = ring_find(start, [channel](const CHNLST_T* c) { return c->channel == channel; });
+  CHNLST_T* chn = evt->chn_index.find(channel);
   if (!chn) {
     chn = Chn_create(evt, channel, evt_num, stream, time);
+    if (!evt->chn_index.insert(channel, chn)) {
+      delete chn;
+      chn_out_of_heap();
+    }
     if (start) {
       ring_insert_after(start, chn);
     } else {
@@ -98,10 +100,11 @@ CHNLST_T* Chn_find(Evt* evt, const std::uint8_t* packet) {
 
   // An open trace file needs nothing, so the existence test is made only for a closed one.
   if (!chn->fp.is_open()) {
-    if (!fexist(chn->name)) {
+    if (chn->claimed || !fexist(chn->name)) {
       if (G.Smp_limit != 0) {
         open_trace(start, chn);
         Asc_dhdr_out(chn);
+        chn->claimed = 0;
       }
     } else {
       open_trace(start, chn);

@@ -19,6 +19,8 @@ void Chn_show(CHNLST_T* chn);
 // A new channel record with its metadata, directory and unique trace file name (not yet linked).
 CHNLST_T* Chn_create(Evt* evt, std::uint16_t channel, std::uint16_t evt_num, std::uint16_t stream,
                      const char* time);
+// Ends the run when a channel (record or index entry) cannot be allocated.
+[[noreturn]] void chn_out_of_heap();
 // The event header's channel information applied to the channel.
 void Chn_ehet(CHNLST_T* chn);
 // Row of the sensor catalogue matching the channel's make and model.

@@ -38,6 +38,8 @@ void read_entry(std::string_view entry, std::size_t width, double& value) {
 
 }  // namespace
 
+void chn_out_of_heap() { end_run(40, CloseFiles::no, " Out of Heap allocating CHNLST_T pointer"); }
+
 void Chn_ehet(CHNLST_T* chn) {
   const Evt& e = *chn->evt;
   const std::uint16_t n = chn->channel;
@@ -88,8 +90,7 @@ CHNLST_T* Chn_create(Evt* evt, std::uint16_t channel, std::uint16_t evt_num, std
                      const char* time) {
   std::unique_ptr<CHNLST_T> chn(new (std::nothrow) CHNLST_T{});
   if (!chn) {
-    std::printf(" Out of Heap allocating CHNLST_T pointer");
-    run_exit(40);
+    chn_out_of_heap();
   }
   chn->unit = evt->unit;
   chn->unit_id = evt->unit_id;

@@ -16,12 +16,11 @@ namespace lm {
 
 namespace {
 
+[[noreturn]] void out_of_heap() { end_run(255, CloseFiles::no, "\n\nOut of Heap allocating Event pointer"); }
+
 Evt* new_event(UNIT_T* unit, std::uint16_t number, std::uint16_t stream) {
   Evt* e = new (std::nothrow) Evt;  // zeroed counters, blank channel columns, no name
-  if (!e) {
-    std::printf("\n\nOut of Heap allocating Event pointer");
-    run_exit(255);
-  }
+  if (!e) out_of_heap();
   e->unit = unit;
   e->unit_id = unit->unit_id;
   e->evt = number;
@@ -40,9 +39,13 @@ Evt* Evt_find(UNIT_T* unit, const std::uint8_t* packet) {
   // Another event's packet: the current one's trace files are closed, the event stays open.
   if (current && current->evt != number) Evt_close_files(current);
 
-  Evt* e = ring_find(current, [number](Evt* x) { return x->evt == number; });
+  Evt* e = unit->evt_index.find(number);
   if (!e) {
     e = new_event(unit, number, stream);
+    if (!unit->evt_index.insert(number, e)) {
+      delete e;
+      out_of_heap();
+    }
     if (current) ring_insert_after(current, e);
     else ring_init(e);
   }
@@ -88,10 +91,14 @@ void Evt_remove(Evt* evt) {
 
   ring_delete_all(evt->chn);
   evt->chn = nullptr;
+  evt->chn_index.clear();
 
   UNIT_T* unit = evt->unit;
   Evt* before = ring_unlink(evt);
-  if (unit) unit->evt = before;
+  if (unit) {
+    unit->evt = before;
+    unit->evt_index.erase(evt->evt);
+  }
   delete evt;
 }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "model/ring_index.hpp"
 #include "output/out_file.hpp"
 #include "packet/event_fields.hpp"
 
@@ -17,6 +18,7 @@ struct UNIT_T {
   UNIT_T* prv = nullptr;
   UNIT_T* nxt = nullptr;
   Evt* evt = nullptr;        // current event, null when none is open
+  RingIndex<Evt> evt_index;  // event number -> open event
   OutFile fd_log;            // packet log
   OutFile fd_qcc;            // statistics file
   std::int32_t ini_first = 0;
@@ -80,6 +82,7 @@ struct Evt {
   Evt* prv = nullptr;
   Evt* nxt = nullptr;
   CHNLST_T* chn = nullptr;   // current channel, null until the first data packet
+  RingIndex<CHNLST_T> chn_index;  // channel number -> channel
   UNIT_T* unit = nullptr;
   std::uint16_t unit_id = 0;
   std::uint16_t evt = 0;
@@ -152,6 +155,7 @@ struct CHNLST_T {
   std::int16_t dip = 0;
   std::int32_t last = 0;     // last sample of the previous Steim packet, for the continuity check
   std::uint8_t rate_width = 0;  // width of the rate text in the trace file's first header, 0 before it
+  std::uint8_t claimed = 0;  // this run created the (still empty) trace file; its first header is due
 };
 
 // The entry of channel n (0-based) in a column: entry n & 15 of block n >> 4. Channel numbers come

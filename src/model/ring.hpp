@@ -30,18 +30,6 @@ T* ring_unlink(T* n) {
   return before;
 }
 
-// Walks from `start` along nxt, start first, once round; the first element satisfying pred.
-template <class T, class Pred>
-T* ring_find(T* start, Pred pred) {
-  if (!start) return nullptr;
-  T* p = start;
-  do {
-    if (pred(p)) return p;
-    p = p->nxt;
-  } while (p != start);
-  return nullptr;
-}
-
 // Calls f on every element once, from `start` along nxt. f must not unlink elements.
 template <class T, class F>
 void ring_for_each(T* start, F f) {

@@ -28,6 +28,12 @@ void leave(UNIT_T* unit) {
   if (G.Qcc_on) Unit_file_close(unit, kQcc);
 }
 
+[[noreturn]] void unit_out_of_heap(std::uint16_t id) {
+  char what[32];  // no file name exists yet: the message names the unit
+  std::snprintf(what, sizeof what, "unit %04hX", id);
+  shut_down(40, what);
+}
+
 }  // namespace
 
 UNIT_T* Unit_find(const std::uint8_t* packet) {
@@ -35,7 +41,7 @@ UNIT_T* Unit_find(const std::uint8_t* packet) {
   if (id == 0) id = 0xFFFF;
 
   UNIT_T* const cursor = G.unit_start;
-  if (UNIT_T* u = ring_find(cursor, [id](UNIT_T* x) { return x->unit_id == id; })) {
+  if (UNIT_T* u = G.unit_index.find(id)) {
     if (u == cursor) return u;
     leave(cursor);
     if (G.Log_on && u->log_open != 1) {
@@ -51,17 +57,14 @@ UNIT_T* Unit_find(const std::uint8_t* packet) {
   }
 
   UNIT_T* u = new (std::nothrow) UNIT_T;
-  if (!u) {
-    char what[32];  // no file name exists yet: the message names the unit
-    std::snprintf(what, sizeof what, "unit %04hX", id);
-    shut_down(40, what);
-  }
   std::unique_ptr<UNIT_T> unlinked(u);  // freed if the run ends before the unit joins the ring
+  if (!u) unit_out_of_heap(id);
   u->unit_id = id;
   u->ini_last = -1;
   Unit_ini(u);
   if (G.Log_on) Unit_file_create(u, packet, kLog);
   if (G.Qcc_on) Unit_file_create(u, packet, kQcc);
+  if (!G.unit_index.insert(id, u)) unit_out_of_heap(id);
   unlinked.release();
   if (cursor) {
     ring_insert_after(cursor, u);

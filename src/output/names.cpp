@@ -1,5 +1,9 @@
 #include "output/names.hpp"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <string_view>
@@ -20,6 +24,18 @@ constexpr std::size_t kPathRoom = 256;
 
 // What snprintf wrote; an output error counts as a text that does not fit.
 std::size_t written(int n) { return n < 0 ? kPathRoom : static_cast<std::size_t>(n); }
+
+// Claims a trace file name by creating the file exclusively, so that two runs into one directory
+// never share a file. With a sample limit of 0 no file is made, so only its absence is tested.
+// An error other than an existing file leaves the name to the open that follows, which reports it.
+bool claim(const char* path, std::uint8_t& claimed) {
+  if (G.Smp_limit == 0) return !fexist(path);
+  const int fd = ::open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  if (fd < 0) return errno != EEXIST;
+  ::close(fd);
+  claimed = 1;
+  return true;
+}
 
 // The run ends with the file-open error when a path does not fit its record.
 [[noreturn]] void too_long(const char* path) { shut_down(20, path); }
@@ -97,14 +113,12 @@ void Asc_chn_name(CHNLST_T* chn, const char* time) {
   char* const letter = path + dir_len + kUniquePos;
   for (int variant = -1; variant < 24; ++variant) {
     if (variant >= 0) *letter = Spec_char[variant];
-    if (!fexist(path)) {
+    if (claim(path, chn->claimed)) {
       std::memcpy(chn->name, path, len + 1);
       return;
     }
   }
-  std::printf("\n\nERROR!!!!!\n   Unable to create an unique filename.");
-  fcloseall();
-  run_exit(23);
+  end_run(23, CloseFiles::yes, "\n\nERROR!!!!!\n   Unable to create an unique filename.");
 }
 
 const char* Asc_evt_name(Evt* evt) {

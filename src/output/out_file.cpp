@@ -1,19 +1,51 @@
 #include "output/out_file.hpp"
 
+#include <cerrno>
 #include <cstdarg>
 #include <cstring>
+#include <new>
 #include <string>
 
+#include "run/exit.hpp"
 #include "run/file_util.hpp"
+#include "run/shut_down.hpp"
 
 namespace lm {
+
+namespace {
+
+// Buffers of closed files wait here for the next open, so re-opening costs no allocation; the
+// pool stays small, since the open files at any time are few.
+constexpr std::size_t kPoolMax = 8;
+char* g_pool[kPoolMax];
+std::size_t g_pooled = 0;
+
+char* take_buffer() {
+  if (g_pooled > 0) return g_pool[--g_pooled];
+  return new (std::nothrow) char[OutFile::kCapacity];
+}
+
+void give_back(char* buf) {
+  if (!buf) return;
+  if (g_pooled < kPoolMax) g_pool[g_pooled++] = buf;
+  else delete[] buf;
+}
+
+}  // namespace
 
 bool OutFile::open(const char* path, const char* mode) {
   close();
   fp_ = fopen_lm(path, mode);
+  // A stream the library could not allocate is out of memory, not a file that cannot be opened.
+  if (!fp_ && errno == ENOMEM) shut_down(40, path);
   if (!fp_) return false;
-  if (!buf_) buf_ = std::make_unique<char[]>(kCapacity);
+  path_ = path;
   len_ = 0;
+  buf_ = take_buffer();
+  if (!buf_) {
+    drop();
+    shut_down(40, path);
+  }
   const bool read_only = mode[0] == 'r' && !std::strchr(mode, '+');
   if (!read_only) std::setvbuf(fp_, nullptr, _IONBF, 0);
   return true;
@@ -22,26 +54,46 @@ bool OutFile::open(const char* path, const char* mode) {
 void OutFile::close() {
   if (!fp_) return;
   flush();
-  std::fclose(fp_);
+  if (!fp_) return;  // the flush failed while the run is ending
+  std::FILE* fp = fp_;
   fp_ = nullptr;
+  if (std::fclose(fp) != 0) fail();
+  give_back(buf_);
+  buf_ = nullptr;
+}
+
+void OutFile::drop() {
+  if (fp_) std::fclose(fp_);
+  fp_ = nullptr;
+  give_back(buf_);
+  buf_ = nullptr;
+  len_ = 0;
+}
+
+void OutFile::fail() {
+  const char* path = path_;
+  drop();
+  if (!run_ending()) shut_down(22, path);
 }
 
 void OutFile::flush() {
-  if (len_ == 0) return;
-  if (fp_) std::fwrite(buf_.get(), 1, len_, fp_);
+  if (len_ == 0 || !fp_) return;
+  const std::size_t n = len_;
   len_ = 0;
+  if (std::fwrite(buf_, 1, n, fp_) != n) fail();
 }
 
 void OutFile::write(const char* data, std::size_t n) {
   if (!fp_) return;
   if (n > kCapacity - len_) {
     flush();
+    if (!fp_) return;
     if (n >= kCapacity) {
-      std::fwrite(data, 1, n, fp_);
+      if (std::fwrite(data, 1, n, fp_) != n) fail();
       return;
     }
   }
-  std::memcpy(buf_.get() + len_, data, n);
+  std::memcpy(buf_ + len_, data, n);
   len_ += n;
 }
 
@@ -52,7 +104,7 @@ void OutFile::printf(const char* fmt, ...) {
   va_list again;
   va_copy(again, ap);
   const std::size_t room = kCapacity - len_;
-  const int n = std::vsnprintf(buf_.get() + len_, room, fmt, ap);
+  const int n = std::vsnprintf(buf_ + len_, room, fmt, ap);
   va_end(ap);
   if (n >= 0 && static_cast<std::size_t>(n) < room) {
     len_ += static_cast<std::size_t>(n);
@@ -65,15 +117,13 @@ void OutFile::printf(const char* fmt, ...) {
 }
 
 void OutFile::rewind() {
-  if (!fp_) return;
   flush();
-  std::fseek(fp_, 0, SEEK_SET);
+  if (fp_ && std::fseek(fp_, 0, SEEK_SET) != 0) fail();
 }
 
 void OutFile::seek_end() {
-  if (!fp_) return;
   flush();
-  std::fseek(fp_, 0, SEEK_END);
+  if (fp_ && std::fseek(fp_, 0, SEEK_END) != 0) fail();
 }
 
 }  // namespace lm

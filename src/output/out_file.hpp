@@ -1,24 +1,26 @@
 #pragma once
 #include <cstddef>
 #include <cstdio>
-#include <memory>
 #include <string_view>
 
 namespace lm {
 
 // The one file type for everything the program writes: a stream with a private buffer that the
 // per-sample path formats straight into. The buffer is flushed before every close, rewind, re-open
-// or read, so the bytes on disk are exactly those written, in order.
+// or read, so the bytes on disk are exactly those written, in order. A buffer exists only while
+// its file is open (taken from a small pool), so memory follows the number of open files. Every
+// write, flush, seek and close is checked: the first failure ends the run with the write error.
 class OutFile {
  public:
   static constexpr std::size_t kCapacity = 32 * 1024;
 
   OutFile() = default;
-  ~OutFile() { close(); }
+  ~OutFile() { drop(); }
   OutFile(const OutFile&) = delete;
   OutFile& operator=(const OutFile&) = delete;
 
   // Opens through the retrying open; false when it failed. Write modes bypass stdio's own buffer.
+  // `path` names the file in error messages and must outlive the open file.
   bool open(const char* path, const char* mode);
   void close();
   bool is_open() const { return fp_ != nullptr; }
@@ -33,10 +35,10 @@ class OutFile {
   }
   void printf(const char* fmt, ...) __attribute__((format(printf, 2, 3)));
 
-  // Room for n bytes (n <= kCapacity) at the end of the buffer; commit() what was used.
+  // Room for n bytes (n <= kCapacity) at the end of the buffer of an open file; commit() what was used.
   char* reserve(std::size_t n) {
     if (kCapacity - len_ < n) flush();
-    return buf_.get() + len_;
+    return buf_ + len_;
   }
   void commit(std::size_t n) { len_ += n; }
 
@@ -50,9 +52,15 @@ class OutFile {
   }
 
  private:
+  // Closes without checking and gives the buffer back: for destruction and for a failed file.
+  void drop();
+  // A write, flush, seek or close failed: the file is dropped and the run ends, unless it is ending already.
+  void fail();
+
   std::FILE* fp_ = nullptr;
-  std::unique_ptr<char[]> buf_;  // allocated at the first open, kept across re-opens
+  char* buf_ = nullptr;
   std::size_t len_ = 0;
+  const char* path_ = nullptr;
 };
 
 }  // namespace lm

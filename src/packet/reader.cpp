@@ -19,6 +19,7 @@
 #include "qc/qcc.hpp"
 #include "run/dec_text.hpp"
 #include "run/globals.hpp"
+#include "run/interrupt.hpp"
 #include "run/shut_down.hpp"
 
 namespace lm {
@@ -26,7 +27,8 @@ namespace lm {
 std::uint16_t Blk_read(std::uint8_t* buffer) {
   const std::size_t n = std::fread(buffer, 1, kPacketSize, G.FdIn);
   if (n == kPacketSize) return 0;
-  if (std::ferror(G.FdIn)) shut_down(21, G.FileIn);
+  // A read cut short by an interrupt is the end of the input, not a read error.
+  if (std::ferror(G.FdIn) && !interrupted()) shut_down(21, G.FileIn);
   return kBlkEnd;
 }
 
@@ -130,6 +132,8 @@ void finish(std::uint8_t* packet) {
   ring_for_each(start, [](UNIT_T* u) {
     while (u->evt) Evt_remove(u->evt);
     if (G.Log_on) Unit_file_close(u, 0);
+    // Closed here rather than at exit, so that a failing close is reported.
+    if (G.Qcc_on) Unit_file_close(u, 1);
   });
 }
 
@@ -147,7 +151,7 @@ std::uint16_t lm_cvt() {
 
   Progress con;
   alignas(8) std::uint8_t packet[kPacketSize];
-  while (Blk_read(packet) == 0) {
+  while (!interrupted() && Blk_read(packet) == 0) {
     const std::uint16_t code = code_set(packet);
     UNIT_T* unit = nullptr;
     if (code != kNone) {
@@ -234,7 +238,12 @@ std::uint16_t lm_cvt() {
     ++G.Blk_cnt;
   }
   con.settle();
+  // An interrupted run is finished like the end of the input, so what it converted is complete.
   finish(packet);
+  if (interrupted()) {
+    fcloseall();  // before the ending, so that a failing close is still reported as such
+    shut_down(1, nullptr);
+  }
   return 0;
 }
 

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <new>
 #include <string>
 #include <string_view>
 
@@ -19,6 +20,7 @@
 #include "run/file_util.hpp"
 #include "run/globals.hpp"
 #include "run/number.hpp"
+#include "run/interrupt.hpp"
 #include "run/shut_down.hpp"
 #include "run/text.hpp"
 
@@ -61,7 +63,7 @@ namespace {
 
 [[noreturn]] void usage() {
   syntax();
-  run_exit(2);
+  end_run(2, CloseFiles::no, nullptr);
 }
 
 // Yes/no switch value: 1, 0, or the usage.
@@ -214,6 +216,7 @@ int convert(int argc, char** argv) {
   struct stat st {};
   if (::fstat(::fileno(G.FdIn), &st) == 0 && st.st_size == 0) return 1;
 
+  interrupt_arm();
   const std::uint16_t status = lm_cvt();
   fcloseall();
   std::printf("\r\n");
@@ -226,10 +229,16 @@ int run_main(int argc, char** argv) {
   reset_globals();
   int status;
   try {
-    status = convert(argc, argv);
+    try {
+      status = convert(argc, argv);
+    } catch (const std::bad_alloc&) {
+      // Allocations without a check of their own (library containers) end the run the same way.
+      shut_down(40, "heap");
+    }
   } catch (const RunExit& e) {
     status = e.status;
   }
+  interrupt_disarm();
   reset_globals();  // closes and flushes whatever is still open, as the process exit would
   std::fflush(stdout);
   return status;

@@ -2,6 +2,7 @@
 
 #include "model/records.hpp"
 #include "model/ring.hpp"
+#include "run/exit.hpp"
 
 namespace lm {
 
@@ -13,6 +14,8 @@ void reset_globals() {
     ring_delete_all(u->evt, [](Evt* e) { ring_delete_all(e->chn); });
   });
   G.unit_start = nullptr;
+  G.unit_index.clear();
+  run_ending_reset();
   if (G.FdIn) std::fclose(G.FdIn);
   G.FdIn = nullptr;
   G.FdLog.close();

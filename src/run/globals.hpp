@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <ctime>
 
+#include "model/ring_index.hpp"
 #include "output/out_file.hpp"
 
 namespace lm {
@@ -66,6 +67,7 @@ struct Globals {
 
   // Cursor of the unit ring: the unit of the latest recognised packet.
   UNIT_T* unit_start = nullptr;
+  RingIndex<UNIT_T> unit_index;  // unit ID -> unit
 };
 
 extern Globals G;

@@ -9,6 +9,8 @@ namespace lm {
 
 namespace {
 
+bool g_ending = false;
+
 const char* message_of(std::uint8_t code) {
   switch (code) {
     case 1: return "\nProgram aborted by user";
@@ -33,12 +35,18 @@ const char* message_of(std::uint8_t code) {
 
 }  // namespace
 
-void shut_down(std::uint8_t code, const char* text) {
-  fcloseall();
+void end_run(int status, CloseFiles close, const char* fmt, const char* text) {
+  g_ending = true;
+  if (close == CloseFiles::yes) fcloseall();
   // A caller without a text for a message that takes one leaves the quotes empty.
-  std::printf(message_of(code), text ? text : "");
-  run_exit(code);
+  if (fmt) std::printf(fmt, text ? text : "");
+  throw RunExit{status};
 }
+
+bool run_ending() { return g_ending; }
+void run_ending_reset() { g_ending = false; }
+
+void shut_down(std::uint8_t code, const char* text) { end_run(code, CloseFiles::yes, message_of(code), text); }
 
 void fcloseall() {
   if (G.FdIn) {

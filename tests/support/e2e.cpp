@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <pty.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -31,10 +32,20 @@ TempDir::~TempDir() {
 
 namespace {
 
-// In the child: the converter with the arguments, run in cwd.
-[[noreturn]] void exec_converter(const std::vector<std::string>& args, const std::string& cwd, const char* lmu) {
+// In the child: the converter with the arguments and limits, run in cwd.
+[[noreturn]] void exec_converter(const std::vector<std::string>& args, const std::string& cwd, const char* lmu,
+                                 const Limits& limits) {
   if (::chdir(cwd.c_str()) != 0) ::_exit(127);
   if (lmu) ::setenv("LMU", lmu, 1); else ::unsetenv("LMU");
+  if (limits.open_files) {
+    const rlimit r{limits.open_files, limits.open_files};
+    ::setrlimit(RLIMIT_NOFILE, &r);
+  }
+  if (limits.file_size) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit r{limits.file_size, limits.file_size};
+    ::setrlimit(RLIMIT_FSIZE, &r);
+  }
   std::vector<char*> argv;
   std::string bin = LM_ASC_BIN;
   argv.push_back(bin.data());
@@ -63,8 +74,7 @@ RunResult collect(int fd, pid_t pid) {
 
 }  // namespace
 
-RunResult run(const std::vector<std::string>& args, const std::string& cwd, const char* lmu,
-              const std::string& stdin_text) {
+Child start(const std::vector<std::string>& args, const std::string& cwd, const char* lmu, const Limits& limits) {
   int out_pipe[2];
   int in_pipe[2];
   if (::pipe(out_pipe) != 0 || ::pipe(in_pipe) != 0) throw std::runtime_error("pipe failed");
@@ -76,17 +86,21 @@ RunResult run(const std::vector<std::string>& args, const std::string& cwd, cons
     ::close(out_pipe[1]);
     ::close(in_pipe[0]);
     ::close(in_pipe[1]);
-    exec_converter(args, cwd, lmu);
+    exec_converter(args, cwd, lmu, limits);
   }
   ::close(out_pipe[1]);
   ::close(in_pipe[0]);
+  return Child{pid, out_pipe[0], in_pipe[1]};
+}
+
+RunResult finish(Child& child, const std::string& stdin_text) {
   if (!stdin_text.empty()) {
     std::signal(SIGPIPE, SIG_IGN);  // the run may end before it reads its input
-    const ssize_t w = ::write(in_pipe[1], stdin_text.data(), stdin_text.size());
+    const ssize_t w = ::write(child.in_fd, stdin_text.data(), stdin_text.size());
     (void)w;
   }
-  ::close(in_pipe[1]);
-  return collect(out_pipe[0], pid);
+  ::close(child.in_fd);
+  return collect(child.out_fd, child.pid);
 }
 
 RunResult run_on_terminal(const std::vector<std::string>& args, const std::string& cwd) {
@@ -101,10 +115,16 @@ RunResult run_on_terminal(const std::vector<std::string>& args, const std::strin
     ::dup2(null_in, 0);
     ::close(master);
     ::close(slave);
-    exec_converter(args, cwd, nullptr);
+    exec_converter(args, cwd, nullptr, {});
   }
   ::close(slave);
   return collect(master, pid);  // the read fails (EIO) once the run has closed the terminal
+}
+
+RunResult run(const std::vector<std::string>& args, const std::string& cwd, const char* lmu,
+              const std::string& stdin_text, const Limits& limits) {
+  Child child = start(args, cwd, lmu, limits);
+  return finish(child, stdin_text);
 }
 
 std::string read_file(const std::string& path) {

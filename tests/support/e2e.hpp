@@ -25,9 +25,27 @@ class TempDir {
   std::filesystem::path path_;
 };
 
-// Runs the converter with the arguments in `cwd`; environment LMU set when `lmu` is not null.
+// Resource limits of a run; 0 leaves a limit as it is.
+struct Limits {
+  unsigned long open_files = 0;  // descriptors
+  unsigned long file_size = 0;   // bytes per file; a write beyond it fails (the signal is ignored)
+};
+
+// A converter started and not yet waited for.
+struct Child {
+  int pid = -1;
+  int out_fd = -1;  // its standard output
+  int in_fd = -1;   // its standard input
+};
+
+// Starts the converter with the arguments in `cwd`; environment LMU set when `lmu` is not null.
+Child start(const std::vector<std::string>& args, const std::string& cwd, const char* lmu = nullptr,
+            const Limits& limits = {});
+// Feeds its standard input, closes it, collects its output and waits for its status.
+RunResult finish(Child& child, const std::string& stdin_text = "");
+// start() then finish().
 RunResult run(const std::vector<std::string>& args, const std::string& cwd, const char* lmu = nullptr,
-              const std::string& stdin_text = "");
+              const std::string& stdin_text = "", const Limits& limits = {});
 
 // Runs the converter with its standard output on a pseudo-terminal.
 RunResult run_on_terminal(const std::vector<std::string>& args, const std::string& cwd);

@@ -1,0 +1,155 @@
+// Hostile surroundings through the real binary: files that cannot be written, a low limit on open
+// files with thousands of units and every channel number, and an operator interrupt.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "support/e2e.hpp"
+
+namespace {
+
+namespace fs = std::filesystem;
+using pktkit::Packet;
+
+// Event 7 of unit 9A3F: channel 0 gets `packets` DT packets of 500 samples (0, 1, ... 99, 0, ...).
+std::vector<Packet> one_event(unsigned packets) {
+  std::vector<Packet> p;
+  unsigned seq = 1;
+  p.push_back(pktkit::make_event_packet("EH", 0x9A3F, {}, seq++, 7, 0, false, {}));
+  for (unsigned k = 0; k < packets; ++k) {
+    std::vector<std::int32_t> s(500);
+    for (int i = 0; i < 500; ++i) s[i] = i % 100;
+    p.push_back(pktkit::make_dt16(0x9A3F, {9, 32, 0, 0, static_cast<int>(5 * k), 0}, seq++, 7, 0, 0, s));
+  }
+  p.push_back(pktkit::make_event_packet("ET", 0x9A3F, {}, seq++, 7, 0, false, {}));
+  return p;
+}
+
+std::string trace_text(unsigned samples) {
+  std::string s = "$ChnID=9A3F:0007:01:01\r\n$Station=STN1 \r\n$Samples=" + std::to_string(samples) +
+                  std::string(10 - std::to_string(samples).size(), ' ') +
+                  "\r\n$Rate=100.0000\r\n$Time=2009:032:00:00:00.000\r\n$TimeQual=0 \r\n$BitWeight=        \r\n"
+                  "$Gain= 1.000\r\n$SensorVPU= 0.000 ???             \r\n$LLA= 0.000  0.000    0.0\r\n";
+  for (unsigned i = 0; i < samples; ++i) s += std::to_string(i % 100) + "\r\n";
+  return s;
+}
+
+// The trace file cut at `size` bytes after its first header, as a file size limit leaves it.
+std::string cut_trace(std::size_t size) {
+  const std::string first = trace_text(0);
+  return first + trace_text(1000).substr(first.size(), size - first.size());
+}
+
+const char kTrace[] = "2009032000000000_STN1__1_1.atr";
+
+TEST(Reliability, TheFirstFailedWriteEndsTheRunNamingTheFile) {
+  const struct {
+    const char* full;  // output file made a link to the full device, or empty
+    std::vector<std::string> args;
+    unsigned long file_size;
+    const char* named;
+    std::string trace;  // the trace file afterwards
+  } cases[] = {
+      {"in.lml", {}, 0, "in.lml", trace_text(1000)},
+      {"ID9A3F.lml", {}, 0, "ID9A3F.lml", trace_text(1000)},
+      {"in.qcc", {"-Q+", "-LN"}, 0, "in.qcc", trace_text(1000)},
+      {"ID9A3F.qcc", {"-Q+"}, 0, "ID9A3F.qcc", trace_text(1000)},
+      // The trace file reaches the size limit: what fitted stays, under its first header.
+      {"", {"-LN"}, 4096, kTrace, cut_trace(4096)},
+  };
+  for (const auto& c : cases) {
+    e2e::TempDir tmp;
+    fs::create_directories(tmp / "out");
+    e2e::write_packets(tmp / "in.pkt", one_event(2));
+    if (*c.full) fs::create_symlink("/dev/full", tmp / ("out/" + std::string(c.full)));
+    std::vector<std::string> args = c.args;
+    args.insert(args.begin(), {"in.pkt", "out", "-VN"});
+    const auto r = e2e::run(args, tmp.str(), nullptr, "", {0, c.file_size});
+    EXPECT_EQ(r.status, 22) << c.named << r.out;
+    const std::string message = "\nFile write error for 'out/" + std::string(c.named) + "'";
+    EXPECT_TRUE(r.out.ends_with(message)) << c.named << r.out;
+    EXPECT_EQ(e2e::read_file(tmp / ("out/" + std::string(kTrace))), c.trace) << c.named;
+  }
+}
+
+// One DT packet of 2 samples for unit, event and a raw channel byte (values above 0x99 included).
+Packet dt(std::uint16_t unit, unsigned event, std::uint8_t channel_byte, unsigned seq) {
+  Packet p = pktkit::make_dt16(unit, {}, seq, event, 0, 0, {3, -3});
+  p[19] = channel_byte;
+  return p;
+}
+
+TEST(Reliability, ThousandsOfOpenEventsAndEveryChannelNumberUnderFewFileHandles) {
+  std::vector<Packet> pkts;
+  for (unsigned u = 0; u < 2000; ++u) pkts.push_back(dt(static_cast<std::uint16_t>(0x1000 + u), 1, 0, 1));
+  for (unsigned b = 0; b < 256; ++b) pkts.push_back(dt(0x9A3F, 7, static_cast<std::uint8_t>(b), b + 1));
+  e2e::TempDir tmp;
+  fs::create_directories(tmp / "out");
+  e2e::write_packets(tmp / "in.pkt", pkts);
+  // Three standard streams, the input, two run files, two unit files and about 33 trace files.
+  const auto r = e2e::run({"in.pkt", "out", "-VN", "-Q+"}, tmp.str(), nullptr, "", {48, 0});
+  ASSERT_EQ(r.status, 0) << r.out.substr(r.out.size() > 500 ? r.out.size() - 500 : 0);
+  std::size_t traces = 0, logs = 0, stats = 0;
+  for (const auto& f : e2e::list_files(tmp / "out")) {
+    traces += f.ends_with(".atr");
+    logs += f.ends_with(".lml");
+    stats += f.ends_with(".qcc");
+  }
+  EXPECT_EQ(traces, 2000u + 166u);  // channel bytes 0x00-0xFF read as 0 to 165
+  EXPECT_EQ(logs, 2002u);
+  EXPECT_EQ(stats, 2002u);
+  const std::string head =
+      "$Station=     \r\n$Samples=%s\r\n$Rate=      0.0000\r\n$Time=2009:032:00:00:00.000\r\n"
+      "$TimeQual=-1\r\n$BitWeight=        \r\n$Gain= 1.000\r\n$SensorVPU= 0.000 ???             \r\n"
+      "$LLA= 0.000  0.000    0.0\r\n3\r\n-3\r\n";
+  auto want = [&](const char* id, const char* samples) {
+    std::string s = "$ChnID=" + std::string(id) + "\r\n" + head;
+    return s.replace(s.find("%s"), 2, samples);
+  };
+  EXPECT_EQ(e2e::read_file(tmp / "out/2009032000000000_01000_1_1.atr"), want("1000:0001:01:01", "2         "));
+  // Channel byte FF: channel 165, the 166th, whose packets alternate with no other of its number.
+  EXPECT_EQ(e2e::read_file(tmp / "out/2009032000000000_09A3F_1_A6.atr"), want("9A3F:0007:01:166", "2         "));
+}
+
+// Whether every trace file's header counts exactly the sample lines that follow it.
+void expect_complete_traces(const std::string& dir) {
+  for (const auto& f : e2e::list_files(dir)) {
+    if (!f.ends_with(".atr")) continue;
+    const std::string text = e2e::read_file(dir + "/" + f);
+    const std::size_t at = text.find("$Samples=");
+    ASSERT_NE(at, std::string::npos) << f;
+    const unsigned long header_count = std::stoul(text.substr(at + 9, 10));
+    std::size_t lines = 0;
+    for (char ch : text) lines += ch == '\n';
+    EXPECT_EQ(lines - 10, header_count) << f;
+  }
+}
+
+TEST(Reliability, AnInterruptFinishesWhatWasConvertedAndEndsWithStatusOne) {
+  for (int sig : {SIGINT, SIGTERM}) {
+    e2e::TempDir tmp;
+    fs::create_directories(tmp / "out");
+    // Long enough that the run is still converting when the signal comes.
+    const auto gen = std::string(LM_PKTGEN_BIN) + " " + (tmp / "in.pkt") + " 30 100 >/dev/null";
+    ASSERT_EQ(std::system(gen.c_str()), 0);
+    e2e::Child child = e2e::start({"in.pkt", "out", "-VN"}, tmp.str());
+    // The first trace file shows that the conversion (and with it the interrupt handling) has begun.
+    while (e2e::list_files(tmp / "out").size() < 4) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    ::kill(child.pid, sig);
+    const auto r = e2e::finish(child);
+    ASSERT_EQ(r.status, 1) << r.out.substr(r.out.size() > 300 ? r.out.size() - 300 : 0);
+    EXPECT_TRUE(r.out.ends_with("\nProgram aborted by user")) << sig;
+    expect_complete_traces(tmp / "out");
+    // The unit logs were closed with their lines in them, the run log too.
+    for (const char* log : {"out/ID9A3F.lml", "out/in.lml"})
+      EXPECT_NE(e2e::read_file(tmp / log).find("\r\nEH"), std::string::npos) << log;
+  }
+}
+
+}  // namespace
