@@ -16,11 +16,18 @@ struct SteimCheck {
   std::uint32_t calc_start = 0, calc_stop = 0;   // carried sample + first difference; last sample
 };
 
+// Data words a packet can hold: 13 in frame 1, 15 in each of frames 2 to 15.
+inline constexpr std::size_t kMaxDataWords = 223;
+
 struct Decoded {
   explicit Decoded(std::uint32_t n = 0) : count(n) {}
   std::uint32_t count;      // samples written
   bool failed = false;      // the Steim end check failed; `check` tells how
   SteimCheck check;
+  // Nibbles of the Steim-2 words that no difference layout fits, in packet order: the caller tells the
+  // operator, so that decoding itself stays silent.
+  std::uint16_t n_undefined = 0;
+  std::uint8_t undefined[kMaxDataWords] = {};
 };
 
 // `last`: the channel's last sample after its previous Steim packet, carried on to the next one.

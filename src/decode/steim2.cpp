@@ -1,4 +1,4 @@
-#include <cstdio>
+#include <algorithm>
 
 #include "decode/decoders.hpp"
 #include "decode/steim_frames.hpp"
@@ -39,8 +39,6 @@ inline std::uint32_t* unpack(std::uint32_t w, std::uint32_t& s, std::uint32_t* o
   return out;
 }
 
-void undefined_nibble(unsigned nibble) { std::printf("Error in Steim2 W-type (%d) for C=2\n", static_cast<int>(nibble)); }
-
 }  // namespace
 
 Decoded Buf_c2(const std::uint8_t* packet, std::int32_t& last, std::span<std::uint32_t> span) {
@@ -60,6 +58,8 @@ Decoded Buf_c2(const std::uint8_t* packet, std::int32_t& last, std::span<std::ui
   std::uint32_t s = claims.x0 - d0;  // unsigned: the integration wraps modulo 2^32
   const bool mismatch = last != 0 && static_cast<std::uint32_t>(last) + d0 != claims.x0;
 
+  std::uint8_t undefined[kMaxDataWords];
+  std::uint16_t n_undefined = 0;  // bounded: one entry per data word at most
   std::uint32_t* const start = span.data();
   std::uint32_t* out = start;
   for (int f = 1; f <= dt::kFrameCount; ++f) {
@@ -79,19 +79,22 @@ Decoded Buf_c2(const std::uint8_t* packet, std::int32_t& last, std::span<std::ui
           case 1: out = unpack<1, 30>(word, s, out); break;
           case 2: out = unpack<2, 15>(word, s, out); break;
           case 3: out = unpack<3, 10>(word, s, out); break;
-          default: undefined_nibble(nibble); break;
+          default: undefined[n_undefined++] = static_cast<std::uint8_t>(nibble); break;
         }
       } else {
         switch (nibble) {
           case 0: out = unpack<5, 6>(word, s, out); break;
           case 1: out = unpack<6, 5>(word, s, out); break;
           case 2: out = unpack<7, 4>(word, s, out); break;
-          default: undefined_nibble(nibble); break;
+          default: undefined[n_undefined++] = static_cast<std::uint8_t>(nibble); break;
         }
       }
     }
   }
-  return finish(last, claims, static_cast<std::uint32_t>(out - start), d0, s, mismatch);
+  Decoded d = finish(last, claims, static_cast<std::uint32_t>(out - start), d0, s, mismatch);
+  d.n_undefined = n_undefined;
+  std::copy_n(undefined, n_undefined, d.undefined);
+  return d;
 }
 
 }  // namespace lm

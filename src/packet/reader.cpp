@@ -114,6 +114,12 @@ void show_nh_nt(Progress& con, const char* type, const UNIT_T* unit, unsigned n)
   con.show(line);
 }
 
+// Steim-2 words whose layout is undefined: one console line each, as the decoder met them.
+void show_undefined_words(const Decoded& d) {
+  for (std::uint16_t i = 0; i < d.n_undefined; ++i)
+    std::printf("Error in Steim2 W-type (%d) for C=2\n", int{d.undefined[i]});
+}
+
 bool channels_1_to_16(const std::uint8_t* pkt) { return (hdr::kFlags.value(pkt) & hdr::kFlagBlock17to32) == 0; }
 
 // End of input: statistics of every open event, then every event removed, unit by unit.
@@ -190,6 +196,7 @@ std::uint16_t lm_cvt() {
         if (Decoder decode = decoder_for(hdr::kFormat.value(packet))) {
           const Decoded d = decode(packet, chn->last, {G.Data_buf + 1, kDataBufWords - 1});
           G.Data_buf[0] = d.count;
+          show_undefined_words(d);
           if (d.failed && log && chn->unit) log_steim_check(chn->unit->fd_log, packet, d);
           Asc_data_out(chn, reinterpret_cast<const std::int32_t*>(G.Data_buf + 1),
                        static_cast<std::uint16_t>(G.Data_buf[0]));

@@ -168,10 +168,11 @@ TEST(SteimTest, EndChecksAndTheirReport) {
   for (const auto& c : cases) {
     std::int32_t last = c.last_before;
     lm::Decoded d;
-    testing::internal::CaptureStdout();
     EXPECT_EQ(decode(steim(c.fr.p), c.fr.p, &last, &d), c.samples) << c.name;
-    std::fflush(stdout);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), c.out) << c.name;
+    std::string out;
+    for (int i = 0; i < d.n_undefined; ++i)
+      out += "Error in Steim2 W-type (" + std::to_string(d.undefined[i]) + ") for C=2\n";
+    EXPECT_EQ(out, c.out) << c.name;
     const std::string log =
         d.failed ? log_test::logged([&](lm::OutFile& f) { lm::log_steim_check(f, c.fr.p.data(), d); }) : "";
     EXPECT_EQ(log, c.log.empty() ? "" : c.log + packet_dump(c.fr.p)) << c.name;
@@ -184,13 +185,11 @@ TEST(SteimTest, ArbitraryBytesStayInBounds) {
   std::mt19937 rng(12345);
   Packet p;
   std::int32_t last = 0;
-  testing::internal::CaptureStdout();
   for (int round = 0; round < 200; ++round) {
     for (auto& b : p) b = static_cast<std::uint8_t>(rng());
     EXPECT_LE(decode(lm::Buf_c0, p, &last).size(), 892u);
     EXPECT_LE(decode(lm::Buf_c2, p, &last).size(), 1561u);
   }
-  testing::internal::GetCapturedStdout();
 }
 
 // Two channels, Steim-1 and Steim-2, in consecutive packets through the converter; one packet's
