@@ -29,7 +29,6 @@ static_assert(Measures[0].name[0] == '?' && Measures[kMeasureRows - 1].name[0] =
 static_assert(sizeof Axis == 7);
 static_assert(key_names_fit());
 static_assert(IniKeyUnit[13][0] == '\0' && IniKeyChn[24][0] == '\0', "key lists end with an empty slot");
-static_assert(sizeof Filler == 81 && Filler[79] == ' ' && Filler[80] == '\0');
 
 }  // namespace
 }  // namespace lm

@@ -104,10 +104,6 @@ inline constexpr char IniKeyChn[24 + 1][kIniKeyLen] = {
     "ChnNorm",    "ChnSeisComp", "ChnStnChn", "",
 };
 
-// 80 blanks, for blank-filling text fields (a copy takes at most these 80).
-inline constexpr char Filler[81] =
-    "                                                                                ";
-
 // Bounded row lookups for values that come from records filled by packets.
 inline const SensorInfo* sensor_row(std::uint16_t ndx) { return ndx < kSensorRows ? &Sensor[ndx] : nullptr; }
 inline float gain_of(std::uint8_t ndx) { return ndx < kGainRows ? Gain_info[ndx] : 1.0f; }
