@@ -36,6 +36,7 @@ for t in convert steim dumps ini; do
   case $t in
     convert) max_len=65536 ;;
     ini) max_len=4096 ;;
+    steim) max_len=1028 ;;
     *) max_len=1024 ;;
   esac
   log=$b/fuzz_$t.log
