@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "run/cli.hpp"
+#include "run/file_util.hpp"
 
 namespace fs = std::filesystem;
 
@@ -42,6 +43,8 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
   if (!::mkdtemp(tmpl)) std::abort();
   g_dir = tmpl;
   ::setenv("LMU", (g_dir / "no.ini").c_str(), 1);
+  // A file that cannot be opened fails at once: the five-second retry would leave no time to fuzz.
+  lm::set_open_retry_seconds(-1);
   return 0;
 }
 

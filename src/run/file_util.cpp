@@ -12,11 +12,18 @@ namespace lm {
 
 bool fexist(const char* path) { return ::access(path, F_OK) == 0; }
 
+namespace {
+int g_retry_seconds = 5;
+}  // namespace
+
+void set_open_retry_seconds(int seconds) { g_retry_seconds = seconds; }
+
 std::FILE* fopen_lm(const char* path, const char* mode) {
-  const std::time_t deadline = std::time(nullptr) + 5;
+  const std::time_t deadline = std::time(nullptr) + g_retry_seconds;
   for (;;) {
     if (std::FILE* f = std::fopen(path, mode)) return f;
     if (std::time(nullptr) > deadline) return nullptr;
+    ::usleep(10000);  // a pause between attempts, so that waiting does not burn a core
   }
 }
 
