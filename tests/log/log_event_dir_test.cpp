@@ -85,9 +85,6 @@ TEST(EventDump, EdgeCases) {
        "    Chn  1(   ) : 0.000001  1.1           32          BHZ                 V\r\n"
        "    Chn  3(   ) : 2.5E-06   3.3           16" + std::string(31, ' ') + "\r\n"
        "    Chn  4(   ) : 1         4.4            0          LHN" + std::string(18, ' ') + "\r\n"},
-      {"NH without telemetry", lm::log_nh_nt, event("NH", 1024),
-       std::string(kEventTimes) + "   Sample rate            :  100\r\n   Trigger type           : EVT \r\n"
-       "   Stream Name            : STREAM ONE              \r\n"},
   };
   for (const auto& c : cases) EXPECT_EQ(dump(c.w, c.p), c.want) << c.name;
 }
