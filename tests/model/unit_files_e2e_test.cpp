@@ -76,12 +76,14 @@ TEST_F(UnitFiles, InterleavedUnitsKeepOneHeaderPerRunAndALaterRunAppends) {
   EXPECT_EQ(file("in.lml").find("a one"), std::string::npos) << "the run log starts afresh";
 }
 
-// Unit 0 shares the file of unit FFFF. Each line of an SH text is indented; its line ends stay as sent.
+// Unit 0 shares the file of unit FFFF. Each line of an SH text is indented; a text not ending in a line
+// feed gets one, with a carriage return unless the byte before its last is one.
 TEST_F(UnitFiles, UnitZeroIsFiledUnderFFFFAndShTextLinesAreIndented) {
-  const std::string h = run({sh(0x0000, 1, "GPS OK\r\n"), sh(0xFFFF, 2, "A\nB"), sh(0x0000, 3, "X\r")}, {});
+  const std::string h = run({sh(0x0000, 1, "GPS OK\r\n"), sh(0xFFFF, 2, "A\nB"), sh(0x0000, 3, "X\r"), sh(0x0000, 4, "X\rY")}, {});
   EXPECT_EQ(e2e::list_files(dir), (std::vector<std::string>{"IDFFFF.lml", "in.lml", "in.pkt"}));
   EXPECT_EQ(file("IDFFFF.lml"), h + sh_head(0x0000, 1, 0) + "     GPS OK\r\n     \r\n" + sh_head(0xFFFF, 2, 1) +
-                                    "     A\n     B\r\n\r\n" + sh_head(0x0000, 3, 2) + "     X\r\r\n\r\n");
+                                    "     A\n     B\r\n\r\n" + sh_head(0x0000, 3, 2) + "     X\r\r\n\r\n" +
+                                    sh_head(0x0000, 4, 3) + "     X\rY\n\r\n");
 }
 
 TEST_F(UnitFiles, TrailerOfChannels17To32LeavesTheEventOpen) {
