@@ -24,8 +24,7 @@ class UnitFiles : public testing::Test {
     e2e::write_packets(dir + "/in.pkt", packets);
     args.insert(args.begin(), "in.pkt");
     EXPECT_EQ(e2e::run(args, dir, (dir + "/none.ini").c_str()).status, 0);
-    const std::string log = file("in.lml");
-    return log.substr(0, log.find("\r\n\r\n", log.find("   Command Line : ")) + 4);
+    return e2e::log_head(file("in.lml"));
   }
   std::string file(const std::string& name) const { return e2e::mask_time(e2e::read_file(dir + "/" + name)); }
   e2e::TempDir tmp;

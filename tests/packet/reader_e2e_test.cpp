@@ -27,12 +27,6 @@ std::string after_echo(const std::string& out) {
   return at == std::string::npos ? "<no echo>" : out.substr(at + key.size());
 }
 
-// The run log without its header.
-std::string log_lines(const std::string& log) {
-  const auto at = log.find("   Command Line : ");
-  return log.substr(log.find("\r\n\r\n", at) + 4);
-}
-
 Packet text_packet(const char* type, std::uint16_t unit, unsigned seq) {
   Packet p = pktkit::make_header(type, unit, {9, 45, 1, 2, 3, 456}, seq);
   return p;
@@ -53,7 +47,7 @@ TEST(Spine, PartialPacketsAreDropped) {
   const auto r = run({"in.pkt", "-S0"}, tmp.str());
   EXPECT_EQ(r.status, 0);
   EXPECT_EQ(after_echo(r.out), kVerboseStart + "\r00001       SH      1234          -          -          -   \r\n");
-  EXPECT_EQ(log_lines(e2e::read_file(tmp / "in.lml")),
+  EXPECT_EQ(e2e::log_body(e2e::read_file(tmp / "in.lml")),
             "SH 09:045:01:02:03.456 U:1234                            N:0007 B:0000000000\r\n");
 }
 
@@ -92,7 +86,7 @@ TEST(Spine, VerboseLinesAndRunLogForEveryType) {
   log += "NH 09:045:01:02:03.456 U:00AB E:0012 D:1            F:00 N:0003 B:0000000009\r\n";
   log += "DT 09:045:01:02:03.456 U:00AB E:0012 D:2 C:5 S:0000 F:15 N:0004 B:0000000010\r\n";
   log += "SH 09:045:01:02:03.456 U:00AB                            N:0005 B:0000000011\r\n";
-  EXPECT_EQ(log_lines(e2e::read_file(tmp / "in.lml")), log);
+  EXPECT_EQ(e2e::log_body(e2e::read_file(tmp / "in.lml")), log);
 }
 
 // A DT packet that starts later (+) or earlier (-) than its channel's previous packet ended is marked
@@ -109,7 +103,7 @@ TEST(Spine, ContinuityMarkAndChannelCharacterInTheRunLog) {
   }
   e2e::write_packets(tmp / "in.pkt", pkts);
   ASSERT_EQ(run({"in.pkt", "-VN", "-S0"}, tmp.str()).status, 0);
-  EXPECT_EQ(log_lines(e2e::read_file(tmp / "in.lml")),
+  EXPECT_EQ(e2e::log_body(e2e::read_file(tmp / "in.lml")),
             "EH 09:032:00:00:00.000 U:00AB E:0007 D:1            F:00 N:0001 B:0000000000\r\n"
             "DT 09:032:00:00:00.000 U:00AB E:0007 D:1 C:1 S:0010 F:16 N:0002 B:0000000001\r\n"
             "DT 09:032:00:00:00.100 U:00AB E:0007 D:1 C:1 S:0010 F:16 N:0003 B:0000000002\r\n"
@@ -129,7 +123,7 @@ TEST(Spine, UnitLogDumpsFollowTheirSummaryLines) {
   const Packet nh = pktkit::make_event_packet("NH", 0x00AB, {}, 1, 12, 0, false, {});
   e2e::write_packets(tmp / "in.pkt", {nh, text_packet("DR", 0x00AB, 2), text_packet("FD", 0x00AB, 3)});
   ASSERT_EQ(run({"in.pkt", "out"}, tmp.str()).status, 0);
-  EXPECT_EQ(log_lines(e2e::read_file(tmp / "out/ID00AB.lml")),
+  EXPECT_EQ(e2e::log_body(e2e::read_file(tmp / "out/ID00AB.lml")),
             "NH 09:032:00:00:00.000 U:00AB E:0012 D:1            F:00 N:0001 B:0000000000\r\n"
             "   Trigger time           : 2009032000000500\r\n"
             "   First sample time      : 2009032000000000\r\n"
