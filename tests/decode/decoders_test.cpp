@@ -1,5 +1,6 @@
-// The sample decoders: 16/32-bit samples; Steim frames built by hand (every word layout, the first
-// difference, the frame walk, the end checks and their report); Steim channels through the converter.
+// The sample decoders: sample counts bounded to the packet; Steim frames built by hand for the first
+// difference and the end checks with their report; Steim channels through the converter. Word layouts
+// and whole packets are checked against an independent encoder elsewhere.
 #include <gtest/gtest.h>
 
 #include <cctype>
@@ -57,14 +58,9 @@ std::string packet_dump(const Packet& p) {
   return out + "\r\n";
 }
 
-TEST(RawSamples, BigEndianSignExtendedAndCappedAtWhatFits) {
+// Damaged counts (BCD nibbles above 9, 9999) never take more samples than the packet holds.
+TEST(RawSamples, CountsCappedAtWhatFits) {
   Packet p = pktkit::make_header("DT", 1, {}, 1);
-  const std::uint8_t bytes[] = {0xFF, 0xFE, 0x7F, 0xFF, 0x80, 0x00, 0x00, 0x00, 0x7F, 0xFF, 0xFF, 0xFF, 0x12, 0x34};
-  std::copy(std::begin(bytes), std::end(bytes), p.begin() + 24);
-  pktkit::put_bcd(p, 20, 2, 5);
-  EXPECT_EQ(decode(lm::Buf_16, p), (std::vector<std::int32_t>{-2, 32767, -32768, 0, 32767}));
-  pktkit::put_bcd(p, 20, 2, 3);
-  EXPECT_EQ(decode(lm::Buf_32, p), (std::vector<std::int32_t>{-2 << 16 | 0x7FFF, INT32_MIN, INT32_MAX}));
   const struct { lm::Decoder dec; std::uint16_t bcd; std::uint32_t want; } cases[] = {  // bcd: the count bytes
       {lm::Buf_16, 0x0001, 1},   {lm::Buf_16, 0x0500, 500}, {lm::Buf_16, 0x0501, 500}, {lm::Buf_16, 0x9999, 500},
       {lm::Buf_16, 0xFFFF, 500}, {lm::Buf_32, 0x0250, 250}, {lm::Buf_32, 0x0251, 250}, {lm::Buf_32, 0x00FF, 165},
@@ -76,60 +72,6 @@ TEST(RawSamples, BigEndianSignExtendedAndCappedAtWhatFits) {
     ASSERT_EQ(s.size(), c.want) << std::hex << c.bcd;
     const std::size_t end = 24 + (c.dec == lm::Buf_16 ? 2 : 4) * s.size();  // the last sample's bytes end here
     EXPECT_EQ(s.back() & 0xFFFF, p[end - 2] << 8 | p[end - 1]) << std::hex << c.bcd;
-  }
-}
-
-// Every word layout with the differences it yields, after a leading word and as the first data word
-// (whose first difference only fixes the start so that sample 0 is X0).
-TEST(SteimTest, EveryWordLayout) {
-  const struct { std::uint8_t format; unsigned code; std::uint32_t word; std::vector<std::int32_t> diffs; } words[] = {
-      {0xC0, 1, 0xFF01807Fu, {-1, 1, -128, 127}}, {0xC0, 2, 0x7FFF8000u, {32767, -32768}}, {0xC0, 2, 0xFFFF0001u, {-1, 1}},
-      {0xC0, 3, 0x80000000u, {INT32_MIN}}, {0xC0, 3, 0x7FFFFFFFu, {INT32_MAX}}, {0xC0, 0, 0x12345678u, {}},
-      // Steim-2 code 1: bytes; code 2: one 30-bit, two 15-bit, three 10-bit differences.
-      {0xC2, 1, 0xFF01807Fu, {-1, 1, -128, 127}}, {0xC2, 2, 0x5FFFFFFFu, {536870911}}, {0xC2, 2, 0x7FFFFFFFu, {-1}},
-      {0xC2, 2, 0x60000000u, {-536870912}}, {0xC2, 2, 0x8000FFFFu, {1, -1}}, {0xC2, 2, 0xA0003FFFu, {-16384, 16383}},
-      {0xC2, 2, 0xE007FFFFu, {-512, 511, -1}}, {0xC2, 2, 0xC0100401u, {1, 1, 1}},
-      // Code 3: five 6-bit, six 5-bit, seven 4-bit differences (bits 29-28 unused).
-      {0xC2, 3, 0x207FF001u, {-32, 31, -1, 0, 1}}, {0xC2, 3, 0x60FF803Eu, {-16, 15, -1, 0, 1, -2}},
-      {0xC2, 3, 0xB8701F2Eu, {-8, 7, 0, 1, -1, 2, -2}}, {0xC2, 0, 0xFFFFFFFFu, {}}};
-  for (const auto& c : words) {
-    for (const bool first : {false, true}) {
-      if (first && c.diffs.empty()) continue;
-      std::vector<std::int32_t> want{first ? -70000 : 1000};
-      for (std::size_t i = first; i < c.diffs.size(); ++i) want.push_back(int(unsigned(want.back()) + unsigned(c.diffs[i])));
-      Frames fr(c.format, unsigned(want.size()), unsigned(want[0]), unsigned(want.back()));
-      if (!first) fr.add(c.format == 0xC0 ? 3 : 2, c.format == 0xC0 ? 0 : 0x40000000u);  // one difference of 0
-      std::int32_t last = 0;
-      EXPECT_EQ(decode(steim(fr.p), fr.add(c.code, c.word).p, &last), want) << std::hex << c.word << " first " << first;
-      EXPECT_EQ(last, want.back());
-    }
-  }
-}
-
-TEST(SteimTest, BitFieldHelpers) {
-  const struct { std::uint32_t word; int shift, nbits; std::int32_t want; } cases[] = {
-      {0x5FFFFFFF, 0, 30, (1 << 29) - 1}, {0x8000FFFF, 15, 15, 1}, {0x8000FFFF, 0, 15, -1}, {0x40000000, 30, 2, 1},
-      {0x8FFFFFFF, 24, 4, -1}, {0x00000041, 0, 6, 1}, {0xFFFFFFFF, 0, 32, -1}, {0x12345678, 0, 0, 0},
-      {0x12345678, 33, 4, 0}, {0x12345678, 0, 33, 0}};
-  for (const auto& c : cases) EXPECT_EQ(lm::Steim2_get_bits(c.word, c.shift, c.nbits), c.want) << std::hex << c.word;
-  const std::uint8_t control[4] = {0x1B, 0xE4, 0x00, 0xFF};
-  std::uint8_t codes[16];
-  lm::C0_flag_cvt(control, codes);
-  EXPECT_EQ(std::vector<int>(codes, codes + 16), (std::vector<int>{0, 1, 2, 3, 3, 2, 1, 0, 0, 0, 0, 0, 3, 3, 3, 3}));
-}
-
-TEST(SteimTest, AllFifteenFramesAreDecodedUpToTheLastByte) {
-  const struct { std::uint8_t format; unsigned code; std::uint32_t word; unsigned per_word; } cases[] = {
-      {0xC0, 1, 0x01010101u, 4}, {0xC2, 3, 0x81111111u, 7}, {0xC2, 2, 0xC0100401u, 3}};
-  for (const auto& c : cases) {
-    const unsigned n = 223 * c.per_word;  // 13 words in frame 1, 15 in each of frames 2-15
-    Frames fr(c.format, n, unsigned(-400), n - 401);
-    for (int i = 0; i < 223; ++i) fr.add(c.code, c.word);
-    std::int32_t last = 0;
-    const auto s = decode(steim(fr.p), fr.p, &last);
-    ASSERT_EQ(s.size(), n);
-    for (unsigned i = 0; i < n; ++i) ASSERT_EQ(s[i], int(i) - 400) << i;
-    EXPECT_EQ(last, int(n) - 401);
   }
 }
 
@@ -180,18 +122,6 @@ TEST(SteimTest, EndChecksAndTheirReport) {
   }
 }
 
-// Any bytes decode without a read outside the packet or a write beyond the span.
-TEST(SteimTest, ArbitraryBytesStayInBounds) {
-  std::mt19937 rng(12345);
-  Packet p;
-  std::int32_t last = 0;
-  for (int round = 0; round < 200; ++round) {
-    for (auto& b : p) b = static_cast<std::uint8_t>(rng());
-    EXPECT_LE(decode(lm::Buf_c0, p, &last).size(), 892u);
-    EXPECT_LE(decode(lm::Buf_c2, p, &last).size(), 1561u);
-  }
-}
-
 // Two channels, Steim-1 and Steim-2, in consecutive packets through the converter; one packet's
 // header count is one short: it is decoded in full and reported in the unit's log.
 TEST(SteimE2e, SteimChannelsAreConvertedAndTheDamagedPacketReported) {
@@ -223,10 +153,7 @@ TEST(SteimE2e, SteimChannelsAreConvertedAndTheDamagedPacketReported) {
   char rep[160];
   std::snprintf(rep, sizeof rep, "     Read start 0x%08X  stop 0x%08X  samples 199\r\n"
                 "     Calc start 0x%08X  stop 0x%08X  samples 200\r\n", x0, xn, x0, xn);
-  const std::string log = e2e::read_file(tmp / "out/ID1234.lml");
-  const auto body = log.find("\r\n\r\n", log.find("   Command Line : "));  // the unit log after its header block
-  ASSERT_NE(body, std::string::npos);
-  EXPECT_EQ(log.substr(body + 4), rep + packet_dump(packets[4]));
+  EXPECT_EQ(e2e::log_body(e2e::read_file(tmp / "out/ID1234.lml")), rep + packet_dump(packets[4]));
 }
 
 }  // namespace

@@ -12,13 +12,6 @@ namespace {
 using namespace log_test;
 using pktkit::Packet;
 
-// A packet of blanks after its 16-byte header.
-Packet blank(const char* type) {
-  Packet p = pktkit::make_header(type, 1, {}, 1);
-  for (std::size_t i = 16; i < p.size(); ++i) p[i] = ' ';
-  return p;
-}
-
 std::string sc_channel(int b) {
   return "\r\n" + F("      Channel Number              : ", b + 0, 2) + F("      Channel Name                : ", b + 2, 10) +
          F("      Azimuth                     : ", b + 12, 10) + F("      Inclination                 : ", b + 22, 10) +
@@ -29,38 +22,23 @@ std::string sc_channel(int b) {
          F("      Comments                    : ", b + 98, 40) + F("      Bit-count Voltage           : ", b + 138, 8);
 }
 
-TEST(PacketDump, ScRuler) {
-  const std::string want =
-      F("     Experiment Number            : ", 16, 2) + F("     Experiment Name              : ", 18, 24) +
-      F("     Experiment Comment           : ", 42, 40) + F("     Station Number               : ", 82, 4) +
-      F("     Station Name                 : ", 86, 24) + F("     Station Comment              : ", 110, 40) +
-      F("     DAS Model                    : ", 150, 12) + F("     DAS Serial Number            : ", 162, 12) +
-      F("     Experiment Start             : ", 174, 14) + F("     Time Clock Type              : ", 188, 4) +
-      F("     Time Clock S/N               : ", 192, 10) + sc_channel(202) + sc_channel(348) + sc_channel(494) +
-      sc_channel(640) + sc_channel(786) + "\r\n";
-  EXPECT_EQ(dump(lm::log_sc, ruler()), want);
-}
-
-TEST(PacketDump, ScOnlySecondChannelAndTextCutAtNul) {
-  Packet p = blank("SC");
+// The ruler, then the ruler with its experiment name cut by a NUL and all channel numbers but the
+// second blank: blank channels are left out.
+TEST(PacketDump, ScRulerAndBlankChannels) {
+  const auto want = [](const std::string& name, const std::string& channels) {
+    return F("     Experiment Number            : ", 16, 2) + L("     Experiment Name              : ", name) +
+           F("     Experiment Comment           : ", 42, 40) + F("     Station Number               : ", 82, 4) +
+           F("     Station Name                 : ", 86, 24) + F("     Station Comment              : ", 110, 40) +
+           F("     DAS Model                    : ", 150, 12) + F("     DAS Serial Number            : ", 162, 12) +
+           F("     Experiment Start             : ", 174, 14) + F("     Time Clock Type              : ", 188, 4) +
+           F("     Time Clock S/N               : ", 192, 10) + channels + "\r\n";
+  };
+  EXPECT_EQ(dump(lm::log_sc, ruler()),
+            want(R(18, 24), sc_channel(202) + sc_channel(348) + sc_channel(494) + sc_channel(640) + sc_channel(786)));
+  Packet p = ruler();
   pktkit::put_text(p, 18, std::string("EXP\0HIDDEN", 10));
-  pktkit::put_text(p, 348, "02");
-  const std::string b2 = "  ", b4(4, ' '), b10(10, ' '), b12(12, ' '), b40(40, ' ');
-  const std::string want =
-      L("     Experiment Number            : ", b2) + L("     Experiment Name              : ", "EXP") +
-      L("     Experiment Comment           : ", b40) + L("     Station Number               : ", b4) +
-      L("     Station Name                 : ", std::string(24, ' ')) + L("     Station Comment              : ", b40) +
-      L("     DAS Model                    : ", b12) + L("     DAS Serial Number            : ", b12) +
-      L("     Experiment Start             : ", std::string(14, ' ')) + L("     Time Clock Type              : ", b4) +
-      L("     Time Clock S/N               : ", b10) + "\r\n" + L("      Channel Number              : ", "02") +
-      L("      Channel Name                : ", b10) + L("      Azimuth                     : ", b10) +
-      L("      Inclination                 : ", b10) + L("      X Coordinate                : ", b10) +
-      L("      Y Coordinate                : ", b10) + L("      Z Coordinate                : ", b10) +
-      L("      Unit type for X, Y          : ", b4) + L("      Unit type for Z             : ", b4) +
-      L("      Preamp Gain                 : ", b4) + L("      Sensor Model                : ", b12) +
-      L("      Sensor Serial Number        : ", b12) + L("      Comments                    : ", b40) +
-      L("      Bit-count Voltage           : ", std::string(8, ' ')) + "\r\n";
-  EXPECT_EQ(dump(lm::log_sc, p), want);
+  for (int b : {202, 494, 640, 786}) pktkit::put_text(p, b, "  ");
+  EXPECT_EQ(dump(lm::log_sc, p), want("EXP", sc_channel(348)));
 }
 
 TEST(PacketDump, AdRulerAndBlanksInTheChannelList) {

@@ -1,7 +1,6 @@
 // What an event header or trailer puts into the event and its unit.
 #include <gtest/gtest.h>
 
-#include <iterator>
 #include <string>
 
 #include "model/event.hpp"
@@ -43,24 +42,6 @@ TEST(EvtInfo, RateAndTriggerTelemetryOrNot) {
     EXPECT_FLOAT_EQ(f.evt.rate, c.rate) << c.at88;
     EXPECT_STREQ(f.evt.trg_type, c.trigger) << c.at88;
   }
-}
-
-TEST(EvtInfo, ChannelColumnsGoToTheFlaggedBlockOnly) {
-  // Each column of the low (a, b, ...) and the high packet (A, B, ...) filled with its own letter.
-  const auto fill = [](int block, std::size_t i) {
-    return std::string(16u * chn_col::kAll[i].width, static_cast<char>((block ? 'A' : 'a') + i));
-  };
-  Packet p[2] = {eh({}), eh({}, true)};
-  Fixture f;
-  for (int b : {0, 1}) {
-    for (std::size_t i = 0; i < std::size(chn_col::kAll); ++i)
-      pktkit::put_text(p[b], chn_col::kAll[i].pkt_off, fill(b, i));
-    Evt_info(&f.evt, p[b].data());
-  }
-  // The spare byte after each column stays a terminator.
-  for (int b : {0, 1})
-    for (std::size_t i = 0; i < std::size(chn_col::kAll); ++i)
-      EXPECT_EQ(std::string(column_ptr(f.evt.chn_info[b], chn_col::kAll[i])), fill(b, i)) << b << " " << i;
 }
 
 TEST(EvtInfo, StationNameAndClockQuality) {

@@ -24,25 +24,27 @@ class UnitFiles : public testing::Test {
     e2e::write_packets(dir + "/in.pkt", packets);
     args.insert(args.begin(), "in.pkt");
     EXPECT_EQ(e2e::run(args, dir, (dir + "/none.ini").c_str()).status, 0);
-    const std::string log = file("in.lml");
-    return log.substr(0, log.find("\r\n\r\n", log.find("   Command Line : ")) + 4);
+    return e2e::log_head(file("in.lml"));
   }
   std::string file(const std::string& name) const { return e2e::mask_time(e2e::read_file(dir + "/" + name)); }
   e2e::TempDir tmp;
   std::string dir;
 };
 
-// An SH packet with a short text, and what the unit log shows of it.
+// An SH packet with a short text; its summary line; what the unit log shows of a one-line text.
 Packet sh(std::uint16_t unit, unsigned seq, const std::string& text) {
   Packet p = pktkit::make_header("SH", unit, kT, seq);
   pktkit::put_bcd(p, 12, 2, static_cast<unsigned>(24 + text.size()));
   pktkit::put_text(p, 24, text);
   return p;
 }
-std::string sh_logged(unsigned unit, unsigned seq, unsigned blk, const std::string& text) {
+std::string sh_head(unsigned unit, unsigned seq, unsigned blk) {
   char b[96];
-  std::snprintf(b, sizeof b, "SH 09:045:01:02:03.456 U:%04X%27s N:%04u B:%010u\r\n     ", unit, "", seq, blk);
-  return b + text + "\r\n\r\n";
+  std::snprintf(b, sizeof b, "SH 09:045:01:02:03.456 U:%04X%27s N:%04u B:%010u\r\n", unit, "", seq, blk);
+  return b;
+}
+std::string sh_logged(unsigned unit, unsigned seq, unsigned blk, const std::string& text) {
+  return sh_head(unit, seq, blk) + "     " + text + "\r\n\r\n";
 }
 
 // Summary line, body dump and blank line of an EH or ET packet of event 7.
@@ -73,11 +75,14 @@ TEST_F(UnitFiles, InterleavedUnitsKeepOneHeaderPerRunAndALaterRunAppends) {
   EXPECT_EQ(file("in.lml").find("a one"), std::string::npos) << "the run log starts afresh";
 }
 
-TEST_F(UnitFiles, UnitZeroIsFiledUnderFFFF) {
-  const std::string h = run({sh(0x0000, 1, "zero"), sh(0xFFFF, 2, "ffff"), sh(0x0000, 3, "again")}, {});
+// Unit 0 shares the file of unit FFFF. Each line of an SH text is indented; a text not ending in a line
+// feed gets one, with a carriage return unless the byte before its last is one.
+TEST_F(UnitFiles, UnitZeroIsFiledUnderFFFFAndShTextLinesAreIndented) {
+  const std::string h = run({sh(0x0000, 1, "GPS OK\r\n"), sh(0xFFFF, 2, "A\nB"), sh(0x0000, 3, "X\r"), sh(0x0000, 4, "X\rY")}, {});
   EXPECT_EQ(e2e::list_files(dir), (std::vector<std::string>{"IDFFFF.lml", "in.lml", "in.pkt"}));
-  EXPECT_EQ(file("IDFFFF.lml"),
-            h + sh_logged(0x0000, 1, 0, "zero") + sh_logged(0xFFFF, 2, 1, "ffff") + sh_logged(0x0000, 3, 2, "again"));
+  EXPECT_EQ(file("IDFFFF.lml"), h + sh_head(0x0000, 1, 0) + "     GPS OK\r\n     \r\n" + sh_head(0xFFFF, 2, 1) +
+                                    "     A\n     B\r\n\r\n" + sh_head(0x0000, 3, 2) + "     X\r\r\n\r\n" +
+                                    sh_head(0x0000, 4, 3) + "     X\rY\n\r\n");
 }
 
 TEST_F(UnitFiles, TrailerOfChannels17To32LeavesTheEventOpen) {

@@ -27,12 +27,6 @@ std::string after_echo(const std::string& out) {
   return at == std::string::npos ? "<no echo>" : out.substr(at + key.size());
 }
 
-// The run log without its header.
-std::string log_lines(const std::string& log) {
-  const auto at = log.find("   Command Line : ");
-  return log.substr(log.find("\r\n\r\n", at) + 4);
-}
-
 Packet text_packet(const char* type, std::uint16_t unit, unsigned seq) {
   Packet p = pktkit::make_header(type, unit, {9, 45, 1, 2, 3, 456}, seq);
   return p;
@@ -53,7 +47,7 @@ TEST(Spine, PartialPacketsAreDropped) {
   const auto r = run({"in.pkt", "-S0"}, tmp.str());
   EXPECT_EQ(r.status, 0);
   EXPECT_EQ(after_echo(r.out), kVerboseStart + "\r00001       SH      1234          -          -          -   \r\n");
-  EXPECT_EQ(log_lines(e2e::read_file(tmp / "in.lml")),
+  EXPECT_EQ(e2e::log_body(e2e::read_file(tmp / "in.lml")),
             "SH 09:045:01:02:03.456 U:1234                            N:0007 B:0000000000\r\n");
 }
 
@@ -62,6 +56,7 @@ TEST(Spine, VerboseLinesAndRunLogForEveryType) {
   std::vector<Packet> pkts;
   for (const char* t : {"SC", "DS", "CD", "OM", "AD", "DR", "FD"}) pkts.push_back(text_packet(t, 0x00AB, 1));
   pkts.push_back(text_packet("zz", 0x00AB, 2));  // unknown: skipped silently, still counted
+  pkts.push_back(text_packet("HE", 0x00AB, 2));  // straddles two known codes: unknown too
   Packet nh = text_packet("NH", 0x00AB, 3);
   pktkit::put_ext(nh, 12, 0, 0, 0, 0, 0);
   pkts.push_back(nh);
@@ -78,9 +73,9 @@ TEST(Spine, VerboseLinesAndRunLogForEveryType) {
   const char* plain[] = {"SC", "DS", "CD", "OM", "AD", "DR", "FD"};
   for (int i = 0; i < 7; ++i)
     want += "\r0000" + std::to_string(i + 1) + "       " + plain[i] + "         -          -          -          -   ";
-  want += "\r00009       NH      00AB       0012          -          -    ";
-  want += "\r00010       DT      00AB       0012         02         05   ";
-  want += "\r00011       SH      00AB          -          -          -   ";
+  want += "\r00010       NH      00AB       0012          -          -    ";
+  want += "\r00011       DT      00AB       0012         02         05   ";
+  want += "\r00012       SH      00AB          -          -          -   ";
   want += "\r\n";
   EXPECT_EQ(after_echo(r.out), want);
 
@@ -88,10 +83,37 @@ TEST(Spine, VerboseLinesAndRunLogForEveryType) {
   for (int i = 0; i < 7; ++i)
     log += std::string(plain[i]) + " 09:045:01:02:03.456 U:00AB                            N:0001 B:000000000" +
            std::to_string(i) + "\r\n";
-  log += "NH 09:045:01:02:03.456 U:00AB E:0012 D:1            F:00 N:0003 B:0000000008\r\n";
-  log += "DT 09:045:01:02:03.456 U:00AB E:0012 D:2 C:5 S:0000 F:15 N:0004 B:0000000009\r\n";
-  log += "SH 09:045:01:02:03.456 U:00AB                            N:0005 B:0000000010\r\n";
-  EXPECT_EQ(log_lines(e2e::read_file(tmp / "in.lml")), log);
+  log += "NH 09:045:01:02:03.456 U:00AB E:0012 D:1            F:00 N:0003 B:0000000009\r\n";
+  log += "DT 09:045:01:02:03.456 U:00AB E:0012 D:2 C:5 S:0000 F:15 N:0004 B:0000000010\r\n";
+  log += "SH 09:045:01:02:03.456 U:00AB                            N:0005 B:0000000011\r\n";
+  EXPECT_EQ(e2e::log_body(e2e::read_file(tmp / "in.lml")), log);
+}
+
+// A DT packet that starts later (+) or earlier (-) than its channel's previous packet ended is marked
+// on the next summary line, as its own is written before the check. Channels show as 1-9, A-Z, then '?'.
+TEST(Spine, ContinuityMarkAndChannelCharacterInTheRunLog) {
+  TempDir tmp;
+  std::vector<Packet> pkts = {pktkit::make_event_packet("EH", 0x00AB, {}, 1, 7, 0, false, {})};
+  unsigned seq = 2;
+  for (int ms : {0, 100, 250, 300, 400})  // 10 samples at 100/s: each packet lasts 100 ms
+    pkts.push_back(pktkit::make_dt16(0x00AB, {9, 32, 0, 0, 0, ms}, seq++, 7, 0, 0, std::vector<std::int32_t>(10, 1)));
+  for (std::uint8_t channel_byte : {0x09, 0x34, 0x35, 0xFF}) {
+    pkts.push_back(pktkit::make_dt16(0x00AB, {}, seq++, 7, 0, 0, {1}));
+    pkts.back()[19] = channel_byte;
+  }
+  e2e::write_packets(tmp / "in.pkt", pkts);
+  ASSERT_EQ(run({"in.pkt", "-VN", "-S0"}, tmp.str()).status, 0);
+  EXPECT_EQ(e2e::log_body(e2e::read_file(tmp / "in.lml")),
+            "EH 09:032:00:00:00.000 U:00AB E:0007 D:1            F:00 N:0001 B:0000000000\r\n"
+            "DT 09:032:00:00:00.000 U:00AB E:0007 D:1 C:1 S:0010 F:16 N:0002 B:0000000001\r\n"
+            "DT 09:032:00:00:00.100 U:00AB E:0007 D:1 C:1 S:0010 F:16 N:0003 B:0000000002\r\n"
+            "DT 09:032:00:00:00.250 U:00AB E:0007 D:1 C:1 S:0010 F:16 N:0004 B:0000000003\r\n"
+            "DT+09:032:00:00:00.300 U:00AB E:0007 D:1 C:1 S:0010 F:16 N:0005 B:0000000004\r\n"
+            "DT-09:032:00:00:00.400 U:00AB E:0007 D:1 C:1 S:0010 F:16 N:0006 B:0000000005\r\n"
+            "DT 09:032:00:00:00.000 U:00AB E:0007 D:1 C:A S:0001 F:16 N:0007 B:0000000006\r\n"
+            "DT 09:032:00:00:00.000 U:00AB E:0007 D:1 C:Z S:0001 F:16 N:0008 B:0000000007\r\n"
+            "DT 09:032:00:00:00.000 U:00AB E:0007 D:1 C:? S:0001 F:16 N:0009 B:0000000008\r\n"
+            "DT 09:032:00:00:00.000 U:00AB E:0007 D:1 C:? S:0001 F:16 N:0010 B:0000000009\r\n");
 }
 
 // The unit log: each packet's summary line, then its dump; an NH before any EH is dumped in full.
@@ -101,7 +123,7 @@ TEST(Spine, UnitLogDumpsFollowTheirSummaryLines) {
   const Packet nh = pktkit::make_event_packet("NH", 0x00AB, {}, 1, 12, 0, false, {});
   e2e::write_packets(tmp / "in.pkt", {nh, text_packet("DR", 0x00AB, 2), text_packet("FD", 0x00AB, 3)});
   ASSERT_EQ(run({"in.pkt", "out"}, tmp.str()).status, 0);
-  EXPECT_EQ(log_lines(e2e::read_file(tmp / "out/ID00AB.lml")),
+  EXPECT_EQ(e2e::log_body(e2e::read_file(tmp / "out/ID00AB.lml")),
             "NH 09:032:00:00:00.000 U:00AB E:0012 D:1            F:00 N:0001 B:0000000000\r\n"
             "   Trigger time           : 2009032000000500\r\n"
             "   First sample time      : 2009032000000000\r\n"
@@ -154,15 +176,6 @@ TEST(Spine, OnATerminalProgressIsThinnedAndEndsWithTheLastPacket) {
   }
   EXPECT_EQ(last, kPackets);
   EXPECT_LT(lines, kPackets / 2);  // would take 75 s of drawing at 20 lines a second
-}
-
-TEST(Spine, LoggingOffWritesNoLogAnywhere) {
-  TempDir tmp;
-  Packet dt = pktkit::make_dt16(0x0042, {9, 45, 1, 2, 3, 456}, 1, 1, 0, 0, {1, 2, 3});
-  e2e::write_packets(tmp / "in.pkt", {text_packet("SH", 0x0042, 1), dt});
-  const auto r = run({"in.pkt", "-LN", "-DY", "-S0"}, tmp.str());
-  EXPECT_EQ(r.status, 0);
-  for (const auto& f : e2e::list_files(tmp.str())) EXPECT_FALSE(f.ends_with(".lml")) << f;
 }
 
 }  // namespace

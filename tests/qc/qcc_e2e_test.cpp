@@ -42,8 +42,7 @@ TEST(QccE2e, UnitAndRunFilesWhole) {
   EXPECT_NE(r.out.find("\nNo ET block for U:9A3F E:0009"), std::string::npos) << r.out;
   EXPECT_NE(r.out.find("\nNo ET block for U:0B0B E:0008"), std::string::npos) << r.out;
 
-  const std::string log = e2e::mask_time(e2e::read_file(dir + "/in.lml"));
-  const std::string h = log.substr(0, log.find("\r\n\r\n", log.find("   Command Line : ")) + 4) + "\r\n\r\n";
+  const std::string h = e2e::log_head(e2e::mask_time(e2e::read_file(dir + "/in.lml"))) + "\r\n\r\n";
   auto file = [&](const char* name) { return e2e::mask_time(e2e::read_file(dir + "/" + name)); };
 
   // With -T2 channel 1 keeps 1, 2, 3, 4; channel 3 keeps 5, 5; channel 2 keeps nothing.

@@ -59,9 +59,8 @@ class Cli : public testing::Test {
 TEST_F(Cli, UsageErrorsPrintTheUsageAndExit2BeforeAnyFileIsMade) {
   const std::string in = empty_input();
   const std::vector<std::vector<std::string>> cases = {
-      {}, {"-D", in}, {"-DX", in}, {"-P5", in}, {"-P-1", in}, {"?", in}, {in, "?x"}, {in, tmp.str(), "third"},
-      {"-", in}, {"-?", in}, {"-Z", in}, {"-1", in}, {"-G", in}, {"-GX", in}, {"-N3", in}, {"-NX", in},
-      {"-H", in}, {"-LY"}, {"-V?", in},
+      {}, {"-D", in}, {"-DX", in}, {"-P5", in}, {"-P-1", in}, {in, "?x"}, {in, tmp.str(), "third"},
+      {"-", in}, {"-Z", in}, {"-N3", in}, {"-LY"},
   };
   for (const auto& args : cases) {
     const auto r = run(args, tmp.str());
@@ -92,21 +91,20 @@ TEST_F(Cli, SwitchValuesAsEchoed) {
     std::vector<std::string> switches;
     std::string label, want;
   } cases[] = {
-      {{"-dy"}, "Log DT Blks", "YES"},     {{"-DY"}, "Log DT Blks", "YES"},
-      {{"-D+"}, "Log DT Blks", "YES"},     {{"-DYes"}, "Log DT Blks", "YES"},
-      {{"-dy", "-d-"}, "Log DT Blks", "NO"},
+      {{"-dy"}, "Log DT Blks", "YES"},     {{"-D+"}, "Log DT Blks", "YES"},
+      {{"-DYes", "-d-"}, "Log DT Blks", "NO"},
       {{"-Pabc"}, "Path Option", "0"},     {{"-P4"}, "Path Option", "4"},
       {{"-S0x10"}, "Max Samples", "16"},   {{"-S010"}, "Max Samples", "8"},
       {{"-S-1"}, "Max Samples", "4294967295"}, {{"-S99999999999"}, "Max Samples", "4294967295"},
       {{"-S"}, "Max Samples", "0"},        {{"-T 25"}, "Skip Samples", "25"},
       {{"-S-5"}, "Max Samples", "4294967291"},
       {{"-R50"}, "Sample Rate", "50.0000"}, {{"-R1/ 4"}, "Sample Rate", "0.2500"},
-      {{"-R"}, "Sample Rate", "0.0000"},
+      {{"-R"}, "Sample Rate", "0.0000"},   {{"-R5/ 0"}, "Sample Rate", "5.0000"},  // a zero divisor is ignored
+      {{"-R1/4"}, "Sample Rate", "0.2500"}, {{"-R0x10"}, "Sample Rate", "0.0000"},
       {{"-GE"}, "Gather", "YES"},          {{"-gr"}, "Gather", "YES"},  {{"-GS"}, "Gather", "YES"},
       {{"-HN"}, "trace Hdr", "NO"},        {{"-G+", "-HN"}, "trace Hdr", "YES"},
       {{"-HN", "-G+"}, "trace Hdr", "YES"}, {{"-G+", "-GN", "-HN"}, "trace Hdr", "NO"},
-      {{"-N1"}, "Name Option", "Unit ID"}, {{"-Ni"}, "Name Option", "Unit ID"},
-      {{"-NS"}, "Name Option", "Station"}, {{"-N-"}, "Name Option", "Auto"},
+      {{"-Ni"}, "Name Option", "Unit ID"}, {{"-NS"}, "Name Option", "Station"},
       {{"-LN"}, "Log enable", "NO"},       {{"-Q+"}, "QCC enable", "YES"},
       {{"-F-anything"}, "Gather", "NO"},
   };
@@ -180,33 +178,25 @@ TEST_F(Cli, EmptyInputEndsWithStatus1AndAHeaderOnlyRunLog) {
 }
 
 TEST_F(Cli, FatalSetUpFailures) {
-  const std::string in = empty_input();
-  auto r = run({in, "no/such/dir"}, tmp.str());
-  EXPECT_EQ(r.status, 10);
-  EXPECT_EQ(r.out, kBanner + "\nUnable to change to directory 'no/such/dir'");
-
-  // A path longer than its buffer is refused as a file that cannot be opened, before any file is made.
+  const std::string in = empty_input(), d125(125, 'd');
   const std::string long_in = tmp.str() + "/" + std::string(140, 'a') + ".pkt";
-  r = run({long_in}, tmp.str());
-  EXPECT_EQ(r.status, 20);
-  EXPECT_EQ(r.out, kBanner + "\nFile open error for '" + long_in + "'");
-  std::filesystem::create_directories(tmp / std::string(125, 'd'));
-  r = run({in, std::string(125, 'd')}, tmp.str());
-  EXPECT_EQ(r.status, 20);
-  EXPECT_EQ(r.out, kBanner + "\nFile open error for '" + std::string(125, 'd') + "/empty.lml'");
-
-  // The input is a directory: reading it fails.
+  std::filesystem::create_directories(tmp / d125);
   std::filesystem::create_directories(tmp / "dir.pkt");
-  r = run({"dir.pkt", "-LN"}, tmp.str());
-  EXPECT_EQ(r.status, 21);
-  EXPECT_TRUE(r.out.ends_with("\nFile read error for 'dir.pkt'")) << r.out;
-}
-
-TEST_F(Cli, RunLogThatCannotBeOpenedEndsWithStatus20) {
-  std::filesystem::create_directories(tmp / "empty.lml");  // a directory where the run log should go
-  const auto r = run({empty_input()}, tmp.str());
-  EXPECT_EQ(r.status, 20);
-  EXPECT_TRUE(r.out.ends_with("\nFile open error for '" + tmp.str() + "/empty.lml'")) << r.out;
+  std::filesystem::create_directories(tmp / "log/empty.lml");  // a directory where the run log should go
+  const struct { std::vector<std::string> args; int status; std::string end; bool before_echo; } cases[] = {
+      {{in, "no/such/dir"}, 10, "\nUnable to change to directory 'no/such/dir'", true},
+      // A path longer than its buffer is refused as a file that cannot be opened, before any file is made.
+      {{long_in}, 20, "\nFile open error for '" + long_in + "'", true},
+      {{in, d125}, 20, "\nFile open error for '" + d125 + "/empty.lml'", true},
+      {{in, "log"}, 20, "\nFile open error for 'log/empty.lml'", false},
+      {{"dir.pkt", "-LN"}, 21, "\nFile read error for 'dir.pkt'", false},  // reading a directory fails
+  };
+  for (const auto& c : cases) {
+    const auto r = run(c.args, tmp.str());
+    EXPECT_EQ(r.status, c.status) << c.end;
+    if (c.before_echo) EXPECT_EQ(r.out, kBanner + c.end);
+    else EXPECT_TRUE(r.out.ends_with(c.end)) << r.out;
+  }
 }
 
 }  // namespace

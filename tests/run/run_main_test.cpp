@@ -52,7 +52,6 @@ TEST(ShutDown, MessagesAndStatuses) {
     const char* text;
     const char* want;
   } cases[] = {
-      {20, "x.lml", "\nFile open error for 'x.lml'"},
       {7, "abc", "\nUnknown error: processing terminated. (abc)"},
       {29, nullptr, "\nUnexpected end of file error on input"},
       {40, nullptr, "\nMemory allocation error for ''"},

@@ -152,6 +152,12 @@ std::string mask_time(std::string text) {
   return text;
 }
 
+std::string log_head(const std::string& log) {
+  return log.substr(0, log.find("\r\n\r\n", log.find("   Command Line : ")) + 4);
+}
+
+std::string log_body(const std::string& log) { return log.substr(log_head(log).size()); }
+
 std::vector<std::string> list_files(const std::string& dir) {
   std::vector<std::string> names;
   for (const auto& e : fs::recursive_directory_iterator(dir))

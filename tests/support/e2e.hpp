@@ -56,6 +56,9 @@ bool exists(const std::string& path);
 void write_packets(const std::string& path, const std::vector<pktkit::Packet>& packets);
 // Replaces the wall-clock text of "System time: ..." lines by a fixed marker.
 std::string mask_time(std::string text);
+// A log file's header block (through the command line and the blank line after it), and what follows it.
+std::string log_head(const std::string& log);
+std::string log_body(const std::string& log);
 // Names of the regular files below dir (relative, sorted).
 std::vector<std::string> list_files(const std::string& dir);
 

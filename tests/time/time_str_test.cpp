@@ -53,22 +53,6 @@ TEST(AddStrTim, AdvanceCarryAndYearEnd) {
   EXPECT_EQ(advanced("2009032000000500", 1e-30f, 0x99, 0x99).size(), 16u);
 }
 
-TEST(SecsSplit, PackedDirectoryTimes) {
-  const struct { std::uint32_t packed; const char* want; } cases[] = {
-      {(25u << 25) | 86399u, "2009001235959"},
-      {(25u << 25) | 86400u, "2009002000000"},
-      {(25u << 25) | (31u * 86400u + 3723u), "2009032010203"},
-      {0xFFFFFFFFu, "2111389084031"},  // largest fields still fit 13 digits
-  };
-  for (const auto& c : cases) {
-    char out[16];
-    std::memset(out, '#', sizeof out);
-    lm::secs_split(c.packed, out);
-    EXPECT_STREQ(out, c.want) << std::hex << c.packed;
-    EXPECT_EQ(out[14], '#');
-  }
-}
-
 TEST(TimeUpdate, ElapsedSecondsWith365DayYears) {
   const struct { const char* from; const char* to; float want; } cases[] = {
       {"2009032000001500", "2009032000000000", -1.5f},
