@@ -32,11 +32,44 @@ std::uint32_t first_difference(unsigned code, std::uint32_t w) {
   }
 }
 
-// Appends the N fields of Bits bits that fill the low N * Bits bits of w, most significant first.
-template <int N, int Bits>
-inline std::uint32_t* unpack(std::uint32_t w, std::uint32_t& s, std::uint32_t* out) {
-  for (int i = 0; i < N; ++i) *out++ = s += field(w, Bits * (N - 1 - i), Bits);
-  return out;
+// How a data word splits, by its code and top nibble: `n` differences of `bits` bits, most
+// significant first; n = 0 for an empty word or an undefined nibble (`bad`). Lane i of the seven
+// is (word << left[i]) >> right, sign-extended, and kept by keep[i] (all ones for i < n).
+struct WordShape {
+  std::uint8_t n;
+  bool bad;
+  std::uint8_t right;
+  std::uint8_t left[7];
+  std::uint32_t keep[7];
+};
+
+constexpr WordShape shape(int n, int bits, bool bad = false) {
+  WordShape sh{static_cast<std::uint8_t>(n), bad, static_cast<std::uint8_t>(n ? 32 - bits : 0), {}, {}};
+  for (int i = 0; i < n; ++i) {
+    sh.left[i] = static_cast<std::uint8_t>(32 - bits * (n - i));
+    sh.keep[i] = ~0u;
+  }
+  return sh;
+}
+
+constexpr WordShape kShapes[16] = {
+    shape(0, 0), shape(0, 0),  shape(0, 0),  shape(0, 0),         // code 0: no data
+    shape(4, 8), shape(4, 8),  shape(4, 8),  shape(4, 8),         // code 1: four bytes, any nibble
+    shape(0, 0, true), shape(1, 30), shape(2, 15), shape(3, 10),  // code 2
+    shape(5, 6), shape(6, 5),  shape(7, 4),  shape(0, 0, true),   // code 3
+};
+
+// Adds the differences of one data word to s and writes the n running values to out[0..n), using
+// out[n..7) as scratch. Branch-free: the widths of neighbouring words are as random as the signal.
+inline std::uint32_t* unpack(std::uint32_t w, const WordShape& sh, std::uint32_t& s, std::uint32_t* out) {
+  std::uint32_t run = s;
+  for (int i = 0; i < 7; ++i) {
+    const std::int32_t d = static_cast<std::int32_t>(w << sh.left[i]) >> sh.right;
+    run += static_cast<std::uint32_t>(d) & sh.keep[i];
+    out[i] = run;
+  }
+  s = run;
+  return out + sh.n;
 }
 
 }  // namespace
@@ -61,33 +94,20 @@ Decoded Buf_c2(const std::uint8_t* packet, std::int32_t& last, std::span<std::ui
   std::uint8_t undefined[kMaxDataWords];
   std::uint16_t n_undefined = 0;  // bounded: one entry per data word at most
   std::uint32_t* const start = span.data();
+  std::uint32_t* const end = start + span.size();
   std::uint32_t* out = start;
+  std::uint32_t tail[7];  // scratch near the end of the span, which unpack may not overrun
   for (int f = 1; f <= dt::kFrameCount; ++f) {
     if (f > 1) frame_codes(packet, f, codes);
     for (int w = f == 1 ? first : 1; w < kWordsPerFrame; ++w) {
-      const std::uint8_t* p = packet + word_offset(f, w);
-      const unsigned code = codes[w];
-      if (code == 0) continue;
-      const std::uint32_t word = load_be32(p);
-      if (code == 1) {
-        out = unpack<4, 8>(word, s, out);
-        continue;
-      }
-      const unsigned nibble = word >> 30;
-      if (code == 2) {
-        switch (nibble) {
-          case 1: out = unpack<1, 30>(word, s, out); break;
-          case 2: out = unpack<2, 15>(word, s, out); break;
-          case 3: out = unpack<3, 10>(word, s, out); break;
-          default: undefined[n_undefined++] = static_cast<std::uint8_t>(nibble); break;
-        }
+      const std::uint32_t word = load_be32(packet + word_offset(f, w));
+      const WordShape& sh = kShapes[codes[w] << 2 | word >> 30];
+      if (sh.bad) undefined[n_undefined++] = static_cast<std::uint8_t>(word >> 30);
+      if (end - out >= 7) {
+        out = unpack(word, sh, s, out);
       } else {
-        switch (nibble) {
-          case 0: out = unpack<5, 6>(word, s, out); break;
-          case 1: out = unpack<6, 5>(word, s, out); break;
-          case 2: out = unpack<7, 4>(word, s, out); break;
-          default: undefined[n_undefined++] = static_cast<std::uint8_t>(nibble); break;
-        }
+        std::uint32_t* const t = unpack(word, sh, s, tail);
+        out = std::copy(tail, t, out);  // fits: a packet never yields more than kMaxSamples
       }
     }
   }
