@@ -1,4 +1,4 @@
-// Command line, run set-up and the failure table, through the real binary.
+// Command line, run set-up and the failure table (paths that do not fit), through the real binary.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -173,9 +173,10 @@ TEST_F(Cli, EmptyInputEndsWithStatus1AndAHeaderOnlyRunLog) {
 }
 
 TEST_F(Cli, FatalSetUpFailures) {
-  const std::string in = empty_input(), d125(125, 'd');
+  const std::string in = empty_input(), d125(125, 'd'), d121(121, 'u'), d122(122, 'u');
   const std::string long_in = tmp.str() + "/" + std::string(140, 'a') + ".pkt";
-  std::filesystem::create_directories(tmp / d125);
+  for (const auto& d : {d125, d121, d122}) std::filesystem::create_directories(tmp / d);
+  e2e::write_packets(tmp / "u.pkt", {pktkit::make_header("SH", 1, {}, 1)});
   std::filesystem::create_directories(tmp / "dir.pkt");
   std::filesystem::create_directories(tmp / "log/empty.lml");  // a directory where the run log should go
   const struct { std::vector<std::string> args; int status; std::string end; bool before_echo; } cases[] = {
@@ -184,6 +185,9 @@ TEST_F(Cli, FatalSetUpFailures) {
       {{long_in}, 20, "\nFile open error for '" + long_in + "'", true},
       {{in, d125}, 20, "\nFile open error for '" + d125 + "/empty.lml'", true},
       {{in, "log"}, 20, "\nFile open error for 'log/empty.lml'", false},
+      // A unit file path of 132 characters still fits; one more does not.
+      {{"u.pkt", d121, "-VN"}, 0, "\n", false},
+      {{"u.pkt", d122, "-VN"}, 20, "\nFile open error for '" + d122 + "/ID0001.lml'", false},
       {{"dir.pkt", "-LN"}, 21, "\nFile read error for 'dir.pkt'", false},  // reading a directory fails
   };
   for (const auto& c : cases) {
@@ -192,6 +196,8 @@ TEST_F(Cli, FatalSetUpFailures) {
     if (c.before_echo) EXPECT_EQ(r.out, kBanner + c.end);
     else EXPECT_TRUE(r.out.ends_with(c.end)) << r.out;
   }
+  EXPECT_TRUE(e2e::exists(tmp / (d121 + "/ID0001.lml")));
+  EXPECT_FALSE(e2e::exists(tmp / (d122 + "/ID0001.lml")));
 }
 
 }  // namespace
