@@ -11,7 +11,6 @@
 #include "model/ring.hpp"
 #include "model/unit.hpp"
 #include "pktkit/packet_builder.hpp"
-#include "run/exit.hpp"
 #include "run/globals.hpp"
 #include "run/text.hpp"
 #include "support/e2e.hpp"
@@ -66,25 +65,6 @@ TEST_F(Registry, NewUnitGoesRightAfterTheCursor) {
     for (unsigned id : c.packets) EXPECT_EQ(Unit_find(sh(static_cast<std::uint16_t>(id)).data()), G.unit_start);
     EXPECT_EQ(ring_ids(G.unit_start), c.ring);
   }
-}
-
-TEST_F(Registry, UnitFilePathMustFitItsField) {
-  // DirOut + "ID0001.lml" of exactly 132 characters fits the 133-byte field; one more does not.
-  const std::string base = tmp.str() + "/";
-  const std::string dir = base + std::string(132 - base.size() - std::string("/ID0001.lml").size(), 'd');
-  for (const std::string& d : {dir, dir + "e"}) std::filesystem::create_directory(d);
-  G.Log_on = 1;
-  ASSERT_TRUE(set_text(G.DirOut, dir + "/"));
-  EXPECT_EQ(std::string(Unit_find(sh(1).data())->log_name).size(), 132u);
-  EXPECT_TRUE(e2e::exists(dir + "/ID0001.lml"));
-  ASSERT_TRUE(set_text(G.DirOut, dir + "e/"));
-  try {
-    Unit_find(sh(2).data());
-    ADD_FAILURE() << "an over-long unit file path must end the run";
-  } catch (const RunExit& e) {
-    EXPECT_EQ(e.status, 20);
-  }
-  EXPECT_FALSE(e2e::exists(dir + "e/ID0002.lml"));
 }
 
 TEST_F(Registry, NewEventsGoAfterTheCurrentOneAndRemovalMakesThePredecessorCurrent) {

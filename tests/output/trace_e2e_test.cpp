@@ -1,5 +1,5 @@
-// Trace files through the real binary: whole files byte for byte, names and directories, letters on
-// later runs and their exhaustion, paths that do not fit, the skip, limit and header switches, bad
+// Trace files through the real binary: whole files byte for byte (every digit group of a sample),
+// names and directories, letters on later runs and their exhaustion, paths that do not fit, the skip, limit and header switches, bad
 // events, many channels at once, events without an event header.
 #include <gtest/gtest.h>
 
@@ -78,7 +78,9 @@ TEST_F(TraceE2e, WholeTraceFilesOfOneEventWithBothChannelBlocks) {
   in.ev(info);
   in.ev(high, "EH", true);
   in.dt({}, 0, {1, -2, 3});
-  in.dt({}, 1, {100000, -2147483647 - 1, 2147483647}, true);
+  // Sample text is built in groups of four digits: every group boundary, both signs.
+  in.dt({}, 1, {0, 9, -9, 10, 999, 1000, -1000, 9999, 10000, -10000, 10001, 99999999, 100000000, -100000000,
+                100000001, -99999999, 2147483647, -2147483647 - 1, -2147483647, 1000000000, 20000}, true);
   for (int ch : {16, 17}) in.dt({}, ch, {ch + 1});
   in.dt({9, 32, 0, 0, 0, 30}, 0, {32767, -32768, 0});
   in.ev(info, "ET");
@@ -91,23 +93,12 @@ TEST_F(TraceE2e, WholeTraceFilesOfOneEventWithBothChannelBlocks) {
             "$SensorVPU= 1.250 ???             \r\n$LLA=45.500 -122.250  123.0\r\n"
             "1\r\n-2\r\n3\r\n32767\r\n-32768\r\n0\r\n");
   // A true bit weight beginning with a blank gives way to the nominal one.
-  EXPECT_EQ(out(f + "2.atr"), header("01:02", 3, "4.768 uV", "32.000") + "100000\r\n-2147483648\r\n2147483647\r\n");
+  EXPECT_EQ(out(f + "2.atr"), header("01:02", 21, "4.768 uV", "32.000") +
+                                 "0\r\n9\r\n-9\r\n10\r\n999\r\n1000\r\n-1000\r\n9999\r\n10000\r\n-10000\r\n10001\r\n"
+                                 "99999999\r\n100000000\r\n-100000000\r\n100000001\r\n-99999999\r\n2147483647\r\n"
+                                 "-2147483648\r\n-2147483647\r\n1000000000\r\n20000\r\n");
   EXPECT_EQ(out(f + "11.atr"), header("01:17", 1, "9.537 uV", " 8.000") + "17\r\n");
   EXPECT_EQ(out(f + "12.atr"), header("01:18", 1, "0.998 mV", " 1.000", " 0.500") + "18\r\n");
-}
-
-// Sample text is built in groups of four digits: every group boundary, both signs.
-TEST_F(TraceE2e, SampleLinesAcrossDigitGroupBoundaries) {
-  Input in;
-  in.dt({}, 0,
-        {0, 9, -9, 10, 999, 1000, -1000, 9999, 10000, -10000, 10001, 99999999, 100000000, -100000000, 100000001,
-         -99999999, 2147483647, -2147483647 - 1, -2147483647, 1000000000, 20000},
-        true);
-  convert(tmp, in, {"-HN"});
-  EXPECT_EQ(out("2009032000000000_09A3F_1_1.atr"),
-            "0\r\n9\r\n-9\r\n10\r\n999\r\n1000\r\n-1000\r\n9999\r\n10000\r\n-10000\r\n10001\r\n99999999\r\n"
-            "100000000\r\n-100000000\r\n100000001\r\n-99999999\r\n2147483647\r\n-2147483648\r\n-2147483647\r\n"
-            "1000000000\r\n20000\r\n");
 }
 
 TEST_F(TraceE2e, NamesAndDirectoriesForEveryPathAndNameOption) {

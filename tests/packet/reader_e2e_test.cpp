@@ -28,8 +28,7 @@ std::string after_echo(const std::string& out) {
 }
 
 Packet text_packet(const char* type, std::uint16_t unit, unsigned seq) {
-  Packet p = pktkit::make_header(type, unit, {9, 45, 1, 2, 3, 456}, seq);
-  return p;
+  return pktkit::make_header(type, unit, {9, 45, 1, 2, 3, 456}, seq);
 }
 
 TEST(Spine, PartialPacketsAreDropped) {
@@ -60,11 +59,10 @@ TEST(Spine, VerboseLinesAndRunLogForEveryType) {
   Packet nh = text_packet("NH", 0x00AB, 3);
   pktkit::put_ext(nh, 12, 0, 0, 0, 0, 0);
   pkts.push_back(nh);
-  Packet dt = pktkit::make_header("DT", 0x00AB, {9, 45, 1, 2, 3, 456}, 4);
+  Packet dt = text_packet("DT", 0x00AB, 4);
   pktkit::put_ext(dt, 12, 1, 4, 0, 0, 0x15);  // a data format that is not decoded
   pkts.push_back(dt);
-  Packet sh = text_packet("SH", 0x00AB, 5);
-  pkts.push_back(sh);
+  pkts.push_back(text_packet("SH", 0x00AB, 5));
   e2e::write_packets(tmp / "in.pkt", pkts);
 
   const auto r = run({"in.pkt", "-S0"}, tmp.str());

@@ -166,18 +166,14 @@ std::vector<std::string> list_files(const std::string& dir) {
   return names;
 }
 
-}  // namespace e2e
-
-namespace e2e {
-
 std::string bare_trace(unsigned channel, unsigned count, const std::string& samples, const char* vpu,
-                       const char* lla) {
+                       const char* lla, const char* unit_event) {
   char head[400];
   std::snprintf(head, sizeof head,
-                "$ChnID=9A3F:0007:01:%02u\r\n$Station=     \r\n$Samples=%-10u\r\n$Rate=      0.0000\r\n"
+                "$ChnID=%s:01:%02u\r\n$Station=     \r\n$Samples=%-10u\r\n$Rate=      0.0000\r\n"
                 "$Time=2009:032:00:00:00.000\r\n$TimeQual=-1\r\n$BitWeight=        \r\n$Gain= 1.000\r\n"
                 "$SensorVPU=%s ???             \r\n$LLA=%s\r\n",
-                channel, count, vpu, lla);
+                unit_event, channel, count, vpu, lla);
   return head + samples;
 }
 

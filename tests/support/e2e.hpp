@@ -62,9 +62,9 @@ std::string log_body(const std::string& log);
 // Names of the regular files below dir (relative, sorted).
 std::vector<std::string> list_files(const std::string& dir);
 
-// A trace file of event 7 of unit 9A3F with no event header, its first packet at 2009:032 00:00:00.000,
-// rate not estimated; channel counted from 1, `samples` the sample lines.
+// A trace file of an event with no event header (event 7 of unit 9A3F unless told), its first packet at
+// 2009:032 00:00:00.000, rate not estimated; channel counted from 1, `samples` the sample lines.
 std::string bare_trace(unsigned channel, unsigned count, const std::string& samples, const char* vpu = " 0.000",
-                       const char* lla = " 0.000  0.000    0.0");
+                       const char* lla = " 0.000  0.000    0.0", const char* unit_event = "9A3F:0007");
 
 }  // namespace e2e
