@@ -124,8 +124,8 @@ bool channels_1_to_16(const std::uint8_t* pkt) { return (hdr::kFlags.value(pkt) 
 
 // End of input: statistics of every open event, then every event removed, unit by unit.
 void finish(std::uint8_t* packet) {
-  packet[0] = 'X';
-  packet[1] = 'X';
+  // The last buffer goes on as a packet of no known type, so that no event takes it for its trailer.
+  std::memcpy(packet + hdr::kType.off, "XX", hdr::kType.width);
   UNIT_T* const start = G.unit_start;
   if (!start) return;
   if (G.Qcc_on) {

@@ -7,6 +7,7 @@
 #include "model/unit.hpp"
 #include "output/out_file.hpp"
 #include "packet/codes.hpp"
+#include "packet/fields.hpp"
 #include "run/globals.hpp"
 
 namespace lm {
@@ -36,7 +37,7 @@ void write_channel(UNIT_T* unit, const CHNLST_T& c) {
 
 // The ET packet's summary line, or the note that the event ended without one.
 void write_ending(UNIT_T* unit, const Evt* evt, const std::uint8_t* packet) {
-  if (packet[0] == 'E' && packet[1] == 'T') {
+  if (hdr::kType.view(packet) == "ET") {
     log_head(unit->fd_qcc, packet, kET, 0);
     return;
   }
