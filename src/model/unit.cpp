@@ -18,8 +18,6 @@ namespace lm {
 
 namespace {
 
-enum : int { kLog = 0, kQcc = 1 };
-
 // Closes the files of the unit that stops being the cursor.
 void leave(UNIT_T* unit) {
   if (G.Log_on) Unit_file_close(unit, kLog);

@@ -5,6 +5,9 @@
 
 namespace lm {
 
+// The two files of a unit, as the `kind` of the calls below.
+enum : int { kLog = 0, kQcc = 1 };
+
 // The unit of a packet, created on first sight; makes its files the open ones. Never null.
 UNIT_T* Unit_find(const std::uint8_t* packet);
 // Names, opens and heads the unit's log (kind 0) or statistics file (kind 1).

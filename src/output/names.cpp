@@ -84,10 +84,9 @@ void name_part(const Evt& evt, char (&out)[6]) {
 // Base name of a trace file (without extension); the length written, cap or more when cut.
 std::size_t trace_base(char* out, std::size_t cap, const char* time, const char* name, std::uint16_t stream,
                        std::uint16_t channel) {
-  char stamp[kTimeLen + 1];
-  TimeText(time).fixed(stamp);
-  return written(
-      std::snprintf(out, cap, "%s_%s_%01u_%01X", stamp, name, unsigned{stream} + 1u, unsigned{channel} + 1u));
+  const TimeText stamp(time);
+  return written(std::snprintf(out, cap, "%s_%s_%01u_%01X", stamp.text(), name, unsigned{stream} + 1u,
+                               unsigned{channel} + 1u));
 }
 
 }  // namespace
@@ -128,10 +127,9 @@ const char* Asc_evt_name(Evt* evt) {
   if (len < sizeof path) {
     char name[6];
     name_part(*evt, name);
-    char stamp[kTimeLen + 1];
-    TimeText(evt->smp_time_1st).fixed(stamp);
-    len += written(std::snprintf(path + len, sizeof path - len, "%s_%s_%1u%s", stamp, name, unsigned{evt->strm} + 1u,
-                                 Fn_ext_evt));
+    const TimeText stamp(evt->smp_time_1st);
+    len += written(std::snprintf(path + len, sizeof path - len, "%s_%s_%1u%s", stamp.text(), name,
+                                 unsigned{evt->strm} + 1u, Fn_ext_evt));
   }
   if (len >= sizeof evt->evt_file_name) too_long(path);
   std::memcpy(evt->evt_file_name, path, len + 1);

@@ -137,9 +137,9 @@ void finish(std::uint8_t* packet) {
   }
   ring_for_each(start, [](UNIT_T* u) {
     while (u->evt) Evt_remove(u->evt);
-    if (G.Log_on) Unit_file_close(u, 0);
+    if (G.Log_on) Unit_file_close(u, kLog);
     // Closed here rather than at exit, so that a failing close is reported.
-    if (G.Qcc_on) Unit_file_close(u, 1);
+    if (G.Qcc_on) Unit_file_close(u, kQcc);
   });
 }
 

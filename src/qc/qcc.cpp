@@ -18,7 +18,6 @@ constexpr char kHeads[] = "\r\n                        Min          Max        R
 constexpr char kFewZeros[] = " 00000000.0000 00000000.0000 00000000.0000 00000000.0000 00000000.0000";
 // An event without usable channels.
 constexpr char kNoneZeros[] = " 0000000.0000 0000000.0000 0000000.0000 0000000.0000 0000000.0000";
-constexpr int kUnitQcc = 1;
 
 // One channel's line, in the unit file and the run file.
 void write_channel(UNIT_T* unit, const CHNLST_T& c) {
@@ -97,7 +96,7 @@ void Qcc_store(UNIT_T* unit, Evt* evt, const std::uint8_t* packet) {
     } while (c && c != start);
     unit->fd_qcc.write("\r\n\r\n");
   }
-  if (reopen && unit != G.unit_start) Unit_file_close(unit, kUnitQcc);
+  if (reopen && unit != G.unit_start) Unit_file_close(unit, kQcc);
 }
 
 void Qcc_nh_head(const std::uint8_t* packet) {

@@ -16,10 +16,6 @@ std::string_view TimeText::field(Slice s) const { return {at(s), strnlen(at(s), 
 
 long TimeText::number(Slice s) const { return static_cast<long>(int_or_0(field(s))); }
 
-void TimeText::fixed(char (&out)[kTimeLen + 1]) const {
-  std::snprintf(out, sizeof out, "%4.4s%3.3s%2.2s%2.2s%2.2s%3.3s", year(), day(), hour(), minute(), second(),
-                milli());
-}
 
 void pkt_time_str(const std::uint8_t* packet, char* out) {
   const HeaderDigits h(packet);

@@ -31,8 +31,8 @@ class TimeText {
   std::string_view field(Slice s) const;
   // The field's leading number, 0 when it has none.
   long number(Slice s) const;
-  // All six fields at their full widths, blank-padded where the text is short: the form of file names.
-  void fixed(char (&out)[kTimeLen + 1]) const;
+  // The whole text (at most 16 characters): the six fields one after the other, as file names use it.
+  const char* text() const { return t_; }
 
  private:
   const char* at(Slice s) const { return t_ + s.at; }
