@@ -22,13 +22,20 @@ inline constexpr std::size_t kMaxDataWords = 223;
 struct Decoded {
   explicit Decoded(std::uint32_t n = 0) : count(n) {}
   std::uint32_t count;      // samples written
+  bool steim = false;       // a Steim packet: the end check applies
   bool failed = false;      // the Steim end check failed; `check` tells how
+  std::uint32_t d0 = 0;     // the first difference, which links the packet to the channel's last sample
   SteimCheck check;
   // Nibbles of the Steim-2 words that no difference layout fits, in packet order: the caller tells the
   // operator, so that decoding itself stays silent.
   std::uint16_t n_undefined = 0;
   std::uint8_t undefined[kMaxDataWords] = {};
 };
+
+// The end check of a Steim packet against the channel's last sample: sets `failed` and the check's
+// carried value, and carries `last` on. The samples do not depend on `last`, so a packet decoded
+// ahead of its turn (against any last) is checked again here against the channel's own.
+void end_check(Decoded& d, std::int32_t& last);
 
 // `last`: the channel's last sample after its previous Steim packet, carried on to the next one.
 // A span shorter than kMaxSamples gets no samples.

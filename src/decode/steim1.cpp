@@ -15,20 +15,27 @@ void C0_flag_cvt(const std::uint8_t* word, std::uint8_t* codes) {
 
 namespace steim {
 
-Decoded finish(std::int32_t& last, const PacketClaims& claims, std::uint32_t count, std::uint32_t d0,
-               std::uint32_t s, bool mismatch) {
+Decoded finish(std::int32_t& last, const PacketClaims& claims, std::uint32_t count, std::uint32_t d0, std::uint32_t s) {
   Decoded r(count);
-  if (s == claims.xn && (count & 0xFFFFu) == claims.n_hdr && !mismatch) {
-    last = static_cast<std::int32_t>(s);
-    return r;
-  }
-  r.failed = true;
-  r.check = {claims.x0, claims.xn, claims.n_hdr, static_cast<std::uint32_t>(last) + d0, s};
-  last = static_cast<std::int32_t>(claims.xn);
+  r.steim = true;
+  r.d0 = d0;
+  r.check = {claims.x0, claims.xn, claims.n_hdr, 0, s};
+  end_check(r, last);
   return r;
 }
 
 }  // namespace steim
+
+// On success the channel carries the last sample on; otherwise it carries Xn on and the result
+// tells the caller what to report.
+void end_check(Decoded& d, std::int32_t& last) {
+  if (!d.steim) return;
+  SteimCheck& c = d.check;
+  const bool mismatch = last != 0 && static_cast<std::uint32_t>(last) + d.d0 != c.x0;
+  d.failed = c.calc_stop != c.xn || (d.count & 0xFFFFu) != c.n_hdr || mismatch;
+  c.calc_start = d.failed ? static_cast<std::uint32_t>(last) + d.d0 : 0;
+  last = static_cast<std::int32_t>(d.failed ? c.xn : c.calc_stop);
+}
 
 Decoded Buf_c0(const std::uint8_t* packet, std::int32_t& last, std::span<std::uint32_t> span) {
   using namespace steim;
@@ -48,7 +55,6 @@ Decoded Buf_c0(const std::uint8_t* packet, std::int32_t& last, std::span<std::ui
   }
   // Unsigned arithmetic: the integration wraps modulo 2^32 like the recorder's.
   std::uint32_t s = claims.x0 - d0;
-  const bool mismatch = last != 0 && static_cast<std::uint32_t>(last) + d0 != claims.x0;
 
   std::uint32_t* const first = span.data();
   std::uint32_t* out = first;
@@ -77,7 +83,7 @@ Decoded Buf_c0(const std::uint8_t* packet, std::int32_t& last, std::span<std::ui
       }
     }
   }
-  return finish(last, claims, static_cast<std::uint32_t>(out - first), d0, s, mismatch);
+  return finish(last, claims, static_cast<std::uint32_t>(out - first), d0, s);
 }
 
 }  // namespace lm

@@ -89,7 +89,6 @@ Decoded Buf_c2(const std::uint8_t* packet, std::int32_t& last, std::span<std::ui
       first < kWordsPerFrame ? first_difference(codes[first], load_be32(packet + word_offset(1, first))) : 0;
 
   std::uint32_t s = claims.x0 - d0;  // unsigned: the integration wraps modulo 2^32
-  const bool mismatch = last != 0 && static_cast<std::uint32_t>(last) + d0 != claims.x0;
 
   std::uint8_t undefined[kMaxDataWords];
   std::uint16_t n_undefined = 0;  // bounded: one entry per data word at most
@@ -111,7 +110,7 @@ Decoded Buf_c2(const std::uint8_t* packet, std::int32_t& last, std::span<std::ui
       }
     }
   }
-  Decoded d = finish(last, claims, static_cast<std::uint32_t>(out - start), d0, s, mismatch);
+  Decoded d = finish(last, claims, static_cast<std::uint32_t>(out - start), d0, s);
   d.n_undefined = n_undefined;
   std::copy_n(undefined, n_undefined, d.undefined);
   return d;

@@ -31,9 +31,7 @@ struct PacketClaims {
       : n_hdr(hdr::kSamples.value(packet)), x0(load_be32(packet + dt::kX0)), xn(load_be32(packet + dt::kXn)) {}
 };
 
-// The checks after the last frame: on success the channel carries s on; otherwise it carries Xn on
-// and the result tells the caller what to report.
-Decoded finish(std::int32_t& last, const PacketClaims& claims, std::uint32_t count, std::uint32_t d0,
-               std::uint32_t s, bool mismatch);
+// The result after the last frame, with the end check against `last` applied.
+Decoded finish(std::int32_t& last, const PacketClaims& claims, std::uint32_t count, std::uint32_t d0, std::uint32_t s);
 
 }  // namespace lm::steim

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "config/tables.hpp"
+#include "decode/decoders.hpp"
 #include "run/dec_text.hpp"
 #include "run/globals.hpp"
 #include "time/time_str.hpp"
@@ -13,8 +14,6 @@
 namespace lm {
 namespace {
 
-// Longest sample line: "-2147483648\r\n".
-constexpr std::size_t kSampleLineMax = 13;
 // Width of the rate when the first header is written before any event header gave the rate: the
 // estimate or a late event header replaces the 0, and the padded text keeps the line's length.
 constexpr int kPendingRateWidth = 12;
@@ -58,32 +57,27 @@ struct Running {
     c.min = min;
     c.max = max;
   }
-  // The squares stay one at a time: their rounding depends on the order.
-  void add_square(std::int32_t v) {
-    const double x = v;
-    sq_sum += x * x;
-  }
-  // Count, sum and extremes of v[0..n) (n >= 1); ties keep the first occurrence.
-  void add_packet(const std::int32_t* v, std::uint32_t n) {
-    std::int64_t psum = 0;
-    std::int32_t lo = v[0], hi = v[0];
+  // The squares one at a time: their rounding depends on the order.
+  void add_squares(const std::int32_t* v, std::uint32_t n) {
     for (std::uint32_t j = 0; j < n; ++j) {
-      psum += v[j];
-      lo = v[j] < lo ? v[j] : lo;
-      hi = v[j] > hi ? v[j] : hi;
+      const double x = v[j];
+      sq_sum += x * x;
     }
-    if (lo < min) {
-      min = lo;
-      min_at = cnt + 1 + static_cast<std::uint32_t>(std::find(v, v + n, lo) - v);
+  }
+  // Count, sum and extremes of the packet's n samples v[0..n) with their statistics st.
+  void add_packet(const std::int32_t* v, std::uint32_t n, const PacketStats& st) {
+    if (st.lo < min) {
+      min = st.lo;
+      min_at = cnt + 1 + st.lo_at;
     }
-    if (hi > max) {
-      max = hi;
-      max_at = cnt + 1 + static_cast<std::uint32_t>(std::find(v, v + n, hi) - v);
+    if (st.hi > max) {
+      max = st.hi;
+      max_at = cnt + 1 + st.hi_at;
     }
     // Below this every partial sum of a packet is an integer under 2^53, exact in a double.
-    constexpr double kExactSum = 9007199254740992.0 - (kDataBufWords - 1) * 2147483648.0;
+    constexpr double kExactSum = 9007199254740992.0 - kMaxSamples * 2147483648.0;
     if (std::fabs(sum) <= kExactSum) {
-      sum += static_cast<double>(psum);
+      sum += static_cast<double>(st.sum);
     } else {
       for (std::uint32_t j = 0; j < n; ++j) sum += v[j];
     }
@@ -91,28 +85,28 @@ struct Running {
   }
 };
 
-// One "%ld\r\n" line per sample, formatted straight into the file's buffer a block at a time; the
-// squares in the same pass, where their chain of additions fills the formatting's idle cycles.
-void write_samples(OutFile& f, const std::int32_t* v, std::uint32_t n, Running& run) {
-  constexpr std::uint32_t kBlock = 256;
-  while (n > 0) {
-    const std::uint32_t k = n < kBlock ? n : kBlock;
-    char* const start = f.reserve(k * kSampleLineMax);
-    char* out = start;
-    for (std::uint32_t j = 0; j < k; ++j) {
-      run.add_square(v[j]);
-      out = put_dec(out, v[j]);
-      out[0] = '\r';
-      out[1] = '\n';
-      out += 2;
-    }
-    f.commit(static_cast<std::size_t>(out - start));
-    v += k;
-    n -= k;
-  }
-}
-
 }  // namespace
+
+SampleText sample_text(char* out, const std::int32_t* v, std::uint32_t n) {
+  char* const start = out;
+  PacketStats st;
+  std::int32_t lo = v[0], hi = v[0];
+  for (std::uint32_t j = 0; j < n; ++j) {
+    const std::int32_t x = v[j];
+    st.sum += x;
+    lo = x < lo ? x : lo;
+    hi = x > hi ? x : hi;
+    out = put_dec(out, x);
+    out[0] = '\r';
+    out[1] = '\n';
+    out += 2;
+  }
+  st.lo = lo;
+  st.hi = hi;
+  st.lo_at = static_cast<std::uint32_t>(std::find(v, v + n, lo) - v);
+  st.hi_at = static_cast<std::uint32_t>(std::find(v, v + n, hi) - v);
+  return SampleText{start, static_cast<std::size_t>(out - start), st};
+}
 
 void Asc_dhdr_out(CHNLST_T* chn) {
   if (!G.Flag_info.trace_hdr) return;
@@ -137,9 +131,9 @@ void Asc_dhdr_out(CHNLST_T* chn) {
   f.printf("$LLA=%6.3f %6.3f %6.1f\r\n", chn->lat, chn->lon, chn->alt);
 }
 
-void Asc_data_out(CHNLST_T* chn, const std::int32_t* samples, std::uint16_t count) {
-  // The samples come from Data_buf: never read past it, whatever the count says.
-  if (count > kDataBufWords - 1) count = kDataBufWords - 1;
+void Asc_data_out(CHNLST_T* chn, const std::int32_t* samples, std::uint16_t count, const SampleText* ahead) {
+  // The samples come from a packet's sample buffer: never read past it, whatever the count says.
+  if (count > kMaxSamples) count = kMaxSamples;
   std::uint32_t i = 0;
   if (chn->trash > 0) {
     i = chn->trash < count ? chn->trash : count;
@@ -150,13 +144,15 @@ void Asc_data_out(CHNLST_T* chn, const std::int32_t* samples, std::uint16_t coun
   const std::uint32_t room = G.Smp_limit - chn->cnt;
   const std::uint32_t end = i + (count - i < room ? count - i : room);
   if (i == end) return;
+  const std::int32_t* const v = samples + i;
+  const std::uint32_t n = end - i;
+  // Text made here goes out in one write per packet too, so the file is written in the same pieces.
+  static char own_text[kMaxSamples * kSampleLineMax];
+  const SampleText t = ahead && n == count ? *ahead : sample_text(own_text, v, n);
   Running run(*chn);
-  run.add_packet(samples + i, end - i);
-  if (chn->fp.is_open()) {
-    write_samples(chn->fp, samples + i, end - i, run);
-  } else {
-    for (; i < end; ++i) run.add_square(samples[i]);
-  }
+  run.add_packet(v, n, t.stats);
+  run.add_squares(v, n);
+  chn->fp.write(t.text, t.len);
   run.store(*chn);
 }
 

@@ -15,7 +15,12 @@ class OutFile {
   static constexpr std::size_t kCapacity = 32 * 1024;
 
   OutFile() = default;
-  ~OutFile() { drop(); }
+  // A file still open when its record goes (a run that ended early) keeps what was written to it,
+  // as the process exit would flush it; a failure here has nobody left to report to.
+  ~OutFile() {
+    if (fp_ && len_ > 0) std::fwrite(buf_, 1, len_, fp_);
+    drop();
+  }
   OutFile(const OutFile&) = delete;
   OutFile& operator=(const OutFile&) = delete;
 

@@ -16,6 +16,7 @@
 #include "output/asc_trace.hpp"
 #include "packet/codes.hpp"
 #include "packet/fields.hpp"
+#include "packet/read_ahead.hpp"
 #include "qc/qcc.hpp"
 #include "run/dec_text.hpp"
 #include "run/globals.hpp"
@@ -23,14 +24,6 @@
 #include "run/shut_down.hpp"
 
 namespace lm {
-
-std::uint16_t Blk_read(std::uint8_t* buffer) {
-  const std::size_t n = std::fread(buffer, 1, kPacketSize, G.FdIn);
-  if (n == kPacketSize) return 0;
-  // A read cut short by an interrupt is the end of the input, not a read error.
-  if (std::ferror(G.FdIn) && !interrupted()) shut_down(21, G.FileIn);
-  return kBlkEnd;
-}
 
 namespace {
 
@@ -156,8 +149,9 @@ std::uint16_t lm_cvt() {
   G.Blk_cnt = 0;
 
   Progress con;
+  ReadAhead input(G.FdIn);
   alignas(8) std::uint8_t packet[kPacketSize];
-  while (!interrupted() && Blk_read(packet) == 0) {
+  while (!interrupted() && input.Blk_read(packet) == 0) {
     const std::uint16_t code = code_set(packet);
     UNIT_T* unit = nullptr;
     if (code != kNone) {
@@ -193,13 +187,13 @@ std::uint16_t lm_cvt() {
         if (log && G.Log_dt) log_head(*ulog, packet, kDT, 0);
         CHNLST_T* chn = Chn_find(e, packet);
         if (verbose) show_dt(con, unit, chn, packet);
-        if (Decoder decode = decoder_for(hdr::kFormat.value(packet))) {
-          const Decoded d = decode(packet, chn->last, {G.Data_buf + 1, kDataBufWords - 1});
-          G.Data_buf[0] = d.count;
+        if (PreparedDt* p = input.prepared()) {
+          Decoded& d = p->d;
+          end_check(d, chn->last);
           show_undefined_words(d);
           if (d.failed && log && chn->unit) log_steim_check(chn->unit->fd_log, packet, d);
-          Asc_data_out(chn, reinterpret_cast<const std::int32_t*>(G.Data_buf + 1),
-                       static_cast<std::uint16_t>(G.Data_buf[0]));
+          Asc_data_out(chn, reinterpret_cast<const std::int32_t*>(p->samples), static_cast<std::uint16_t>(d.count),
+                       &p->text);
         }
         break;
       }

@@ -37,7 +37,6 @@ void reset_globals() {
   G.Blk_cnt = 0;
   G.N_opn_fls = 0;
   G.sign = 0;
-  G.Data_buf[0] = 0;
 }
 
 }  // namespace lm

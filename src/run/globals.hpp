@@ -1,6 +1,6 @@
 #pragma once
 // Process-wide state in one place: run settings (written only by set-up), the run's own streams,
-// counters, the sample buffer and the unit ring. reset_globals() returns it to its defaults so that
+// counters and the unit ring. reset_globals() returns it to its defaults so that
 // whole conversions can run one after another in one process.
 #include <cstdint>
 #include <cstdio>
@@ -22,7 +22,6 @@ inline constexpr char Fn_ext_qcc[] = ".qcc";
 inline constexpr char Fn_ext_chn[] = ".atr";
 inline constexpr char Fn_ext_evt[] = ".adt";
 
-inline constexpr std::size_t kDataBufWords = 1582;  // count word + 1581 samples
 
 struct FlagInfo {
   std::uint8_t trace_hdr = 1;
@@ -62,8 +61,6 @@ struct Globals {
   std::uint32_t Blk_cnt = 0;
   std::uint16_t N_opn_fls = 0;
   int sign = 0;
-
-  std::uint32_t Data_buf[kDataBufWords] = {};
 
   // Cursor of the unit ring: the unit of the latest recognised packet.
   UNIT_T* unit_start = nullptr;

@@ -78,6 +78,23 @@ TEST(Reliability, TheFirstFailedWriteEndsTheRunNamingTheFile) {
   }
 }
 
+// The files still open when a failed write ends the run keep what they were given, as the process
+// exit would flush them: the unit log is the start of a whole run's.
+TEST(Reliability, FilesStillOpenAtAFailedWriteKeepWhatTheyWereGiven) {
+  std::string logs[2];
+  e2e::TempDir tmp;  // one for both runs, whose logs name it
+  e2e::write_packets(tmp / "in.pkt", one_event(2));
+  for (const unsigned long limit : {0ul, 4096ul}) {
+    fs::remove_all(tmp / "out");
+    fs::create_directories(tmp / "out");
+    const auto r = e2e::run({"in.pkt", "out", "-VN"}, tmp.str(), nullptr, "", {0, limit});
+    ASSERT_EQ(r.status, limit ? 22 : 0) << r.out;
+    logs[limit ? 1 : 0] = e2e::read_file(tmp / "out/ID9A3F.lml");
+  }
+  EXPECT_FALSE(logs[1].empty());
+  EXPECT_TRUE(logs[0].starts_with(logs[1])) << logs[1];
+}
+
 // One DT packet of 2 samples for unit, event and a raw channel byte (values above 0x99 included).
 Packet dt(std::uint16_t unit, unsigned event, std::uint8_t channel_byte, unsigned seq) {
   Packet p = pktkit::make_dt16(unit, {}, seq, event, 0, 0, {3, -3});

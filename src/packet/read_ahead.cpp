@@ -1,0 +1,168 @@
+#include "packet/read_ahead.hpp"
+
+#include <signal.h>
+#include <sys/stat.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstring>
+#include <span>
+#include <system_error>
+
+#include "packet/codes.hpp"
+#include "run/globals.hpp"
+#include "run/interrupt.hpp"
+#include "run/shut_down.hpp"
+
+namespace lm {
+
+namespace {
+
+enum class State : int { kIdle, kQueued, kReady, kStop };
+
+// Waits for a state that `done` accepts. The other thread's turn is usually less than a batch
+// away, and waking a sleeping thread takes longer than that on a busy machine: it is awaited
+// spinning for up to kSpin before the thread sleeps.
+constexpr auto kSpin = std::chrono::microseconds(500);
+
+template <class Done>
+State await(const std::atomic<State>& state, Done done) {
+  const auto until = std::chrono::steady_clock::now() + kSpin;
+  for (unsigned i = 1;; ++i) {
+    const State s = state.load(std::memory_order_acquire);
+    if (done(s)) return s;
+#if defined(__x86_64__) || defined(__i386__)
+    __builtin_ia32_pause();
+#endif
+    if (i % 64 == 0 && std::chrono::steady_clock::now() > until) break;
+  }
+  for (;;) {
+    const State s = state.load(std::memory_order_acquire);
+    if (done(s)) return s;
+    state.wait(s, std::memory_order_acquire);
+  }
+}
+
+void set(std::atomic<State>& state, State s) {
+  state.store(s, std::memory_order_release);
+  state.notify_all();
+}
+
+}  // namespace
+
+struct ReadAhead::Batch {
+  std::atomic<State> state{State::kIdle};
+  std::uint8_t packets[kBatch][kPacketSize];
+  std::size_t bytes = 0;  // read into packets
+  bool read_error = false;
+  PreparedDt* dt[kBatch] = {};
+  PreparedDt prepared[kBatch];
+  char text[kBatch * kMaxSamples * kSampleLineMax];
+};
+
+ReadAhead::ReadAhead(std::FILE* in) : in_(in) {
+  struct stat st {};
+  const bool regular = ::fstat(::fileno(in), &st) == 0 && S_ISREG(st.st_mode);
+  packets_per_read_ = regular ? kBatch : 1;
+  // Not value-initialised: only the parts in use are ever touched.
+  batch_[0].reset(new Batch);
+  batch_[1].reset(new Batch);
+  if (!regular) return;
+  // The helper takes no signals: an interrupt reaches the loop's thread, whose read it cuts short.
+  sigset_t all, old;
+  sigfillset(&all);
+  pthread_sigmask(SIG_BLOCK, &all, &old);
+  try {
+    helper_ = std::thread([this] { help(); });
+  } catch (const std::system_error&) {
+    // No thread to be had: the batches are prepared in turn on this one.
+  }
+  pthread_sigmask(SIG_SETMASK, &old, nullptr);
+}
+
+ReadAhead::~ReadAhead() {
+  if (!helper_.joinable()) return;
+  // Once neither batch is in the helper's hands it is waiting for the next one: it gets a stop instead.
+  for (auto& b : batch_) await(b->state, [](State s) { return s != State::kQueued; });
+  for (auto& b : batch_) set(b->state, State::kStop);
+  helper_.join();
+}
+
+void ReadAhead::fill(Batch& b) {
+  b.bytes = std::fread(b.packets, 1, packets_per_read_ * kPacketSize, in_);
+  b.read_error = std::ferror(in_) != 0;
+  if (!helper_.joinable()) {
+    prepare(b);
+    return;
+  }
+  set(b.state, State::kQueued);
+}
+
+void ReadAhead::prepare(Batch& b) {
+  char* text = b.text;
+  for (std::size_t i = 0; i < b.bytes / kPacketSize; ++i) {
+    const std::uint8_t* packet = b.packets[i];
+    const Decoder decode = code_set(packet) == kDT ? decoder_for(hdr::kFormat.value(packet)) : nullptr;
+    b.dt[i] = nullptr;
+    if (!decode) continue;
+    PreparedDt& p = b.prepared[i];
+    std::int32_t any_last = 0;
+    p.d = decode(packet, any_last, std::span<std::uint32_t>(p.samples));
+    const auto* v = reinterpret_cast<const std::int32_t*>(p.samples);
+    p.text = SampleText{};
+    if (p.d.count > 0) {
+      p.text = sample_text(text, v, p.d.count);
+      text += p.text.len;
+    }
+    b.dt[i] = &p;
+  }
+}
+
+// The helper's loop: the two batches in turn, each as soon as it is queued.
+void ReadAhead::help() {
+  for (int next = 0;; next ^= 1) {
+    Batch& b = *batch_[next];
+    if (await(b.state, [](State s) { return s == State::kQueued || s == State::kStop; }) == State::kStop) return;
+    prepare(b);
+    set(b.state, State::kReady);
+  }
+}
+
+void ReadAhead::wait_ready(Batch& b) {
+  if (helper_.joinable()) await(b.state, [](State s) { return s == State::kReady; });
+}
+
+std::uint16_t ReadAhead::Blk_read(std::uint8_t* buffer) {
+  if (!started_) {
+    started_ = true;
+    fill(*batch_[0]);
+    if (batch_[0]->bytes == packets_per_read_ * kPacketSize) fill(*batch_[1]);
+    wait_ready(*batch_[0]);
+  }
+  for (;;) {
+    Batch& b = *batch_[cur_];
+    if (pos_ < b.bytes / kPacketSize) {
+      std::memcpy(buffer, b.packets[pos_++], kPacketSize);
+      return 0;
+    }
+    if (b.bytes < packets_per_read_ * kPacketSize) {
+      std::memcpy(buffer, b.packets[pos_], b.bytes % kPacketSize);
+      // A read cut short by an interrupt is the end of the input, not a read error.
+      if (b.read_error && !interrupted()) shut_down(21, G.FileIn);
+      return kBlkEnd;
+    }
+    // This batch is done: it takes the batch after the next one, which the helper then prepares
+    // while the loop converts the next one. Nothing is read past a batch that came up short.
+    Batch& next = *batch_[cur_ ^ 1];
+    if (next.bytes == packets_per_read_ * kPacketSize) fill(b);
+    cur_ ^= 1;
+    pos_ = 0;
+    wait_ready(next);
+  }
+}
+
+PreparedDt* ReadAhead::prepared() {
+  return pos_ > 0 ? batch_[cur_]->dt[pos_ - 1] : nullptr;
+}
+
+}  // namespace lm
