@@ -1,7 +1,6 @@
 #include "packet/read_ahead.hpp"
 
 #include <signal.h>
-#include <sys/stat.h>
 
 #include <atomic>
 #include <chrono>
@@ -61,13 +60,9 @@ struct ReadAhead::Batch {
 };
 
 ReadAhead::ReadAhead(std::FILE* in) : in_(in) {
-  struct stat st {};
-  const bool regular = ::fstat(::fileno(in), &st) == 0 && S_ISREG(st.st_mode);
-  packets_per_read_ = regular ? kBatch : 1;
   // Not value-initialised: only the parts in use are ever touched.
   batch_[0].reset(new Batch);
   batch_[1].reset(new Batch);
-  if (!regular) return;
   // The helper takes no signals: an interrupt reaches the loop's thread, whose read it cuts short.
   sigset_t all, old;
   sigfillset(&all);
@@ -89,7 +84,7 @@ ReadAhead::~ReadAhead() {
 }
 
 void ReadAhead::fill(Batch& b) {
-  b.bytes = std::fread(b.packets, 1, packets_per_read_ * kPacketSize, in_);
+  b.bytes = std::fread(b.packets, 1, kBatch * kPacketSize, in_);
   b.read_error = std::ferror(in_) != 0;
   if (!helper_.joinable()) {
     prepare(b);
@@ -136,7 +131,7 @@ std::uint16_t ReadAhead::Blk_read(std::uint8_t* buffer) {
   if (!started_) {
     started_ = true;
     fill(*batch_[0]);
-    if (batch_[0]->bytes == packets_per_read_ * kPacketSize) fill(*batch_[1]);
+    if (batch_[0]->bytes == kBatch * kPacketSize) fill(*batch_[1]);
     wait_ready(*batch_[0]);
   }
   for (;;) {
@@ -145,7 +140,7 @@ std::uint16_t ReadAhead::Blk_read(std::uint8_t* buffer) {
       std::memcpy(buffer, b.packets[pos_++], kPacketSize);
       return 0;
     }
-    if (b.bytes < packets_per_read_ * kPacketSize) {
+    if (b.bytes < kBatch * kPacketSize) {
       std::memcpy(buffer, b.packets[pos_], b.bytes % kPacketSize);
       // A read cut short by an interrupt is the end of the input, not a read error.
       if (b.read_error && !interrupted()) shut_down(21, G.FileIn);
@@ -154,7 +149,7 @@ std::uint16_t ReadAhead::Blk_read(std::uint8_t* buffer) {
     // This batch is done: it takes the batch after the next one, which the helper then prepares
     // while the loop converts the next one. Nothing is read past a batch that came up short.
     Batch& next = *batch_[cur_ ^ 1];
-    if (next.bytes == packets_per_read_ * kPacketSize) fill(b);
+    if (next.bytes == kBatch * kPacketSize) fill(b);
     cur_ ^= 1;
     pos_ = 0;
     wait_ready(next);

@@ -3,8 +3,7 @@
 // thread decodes the DT packets of the next one and formats their samples: the work that depends on
 // the packet alone. Every read, write and message stays on the loop's thread, in the loop's order,
 // so the output is the same byte for byte as without the helper, which is left out when no thread
-// can be started and for input that is not a regular file (a pipe is read a packet at a time, so
-// that each packet is converted as soon as it comes).
+// can be started.
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -49,7 +48,6 @@ class ReadAhead {
   void wait_ready(Batch& b);
 
   std::FILE* in_;
-  std::size_t packets_per_read_;
   std::unique_ptr<Batch> batch_[2];
   int cur_ = 0;
   std::size_t pos_ = 0;  // next packet of the current batch
