@@ -61,8 +61,7 @@ struct ReadAhead::Batch {
 
 ReadAhead::ReadAhead(std::FILE* in) : in_(in) {
   // Not value-initialised: only the parts in use are ever touched.
-  batch_[0].reset(new Batch);
-  batch_[1].reset(new Batch);
+  for (auto& b : batch_) b.reset(new Batch);
   // The helper takes no signals: an interrupt reaches the loop's thread, whose read it cuts short.
   sigset_t all, old;
   sigfillset(&all);
@@ -86,6 +85,7 @@ ReadAhead::~ReadAhead() {
 void ReadAhead::fill(Batch& b) {
   b.bytes = std::fread(b.packets, 1, kBatch * kPacketSize, in_);
   b.read_error = std::ferror(in_) != 0;
+  last_full_ = b.bytes == kBatch * kPacketSize;
   if (!helper_.joinable()) {
     prepare(b);
     return;
@@ -115,7 +115,7 @@ void ReadAhead::prepare(Batch& b) {
 
 // The helper's loop: the two batches in turn, each as soon as it is queued.
 void ReadAhead::help() {
-  for (int next = 0;; next ^= 1) {
+  for (std::size_t next = 0;; next = (next + 1) % kSlots) {
     Batch& b = *batch_[next];
     if (await(b.state, [](State s) { return s == State::kQueued || s == State::kStop; }) == State::kStop) return;
     prepare(b);
@@ -130,8 +130,7 @@ void ReadAhead::wait_ready(Batch& b) {
 std::uint16_t ReadAhead::Blk_read(std::uint8_t* buffer) {
   if (!started_) {
     started_ = true;
-    fill(*batch_[0]);
-    if (batch_[0]->bytes == kBatch * kPacketSize) fill(*batch_[1]);
+    for (std::size_t i = 0; i < kSlots && (i == 0 || last_full_); ++i) fill(*batch_[i]);
     wait_ready(*batch_[0]);
   }
   for (;;) {
@@ -146,13 +145,12 @@ std::uint16_t ReadAhead::Blk_read(std::uint8_t* buffer) {
       if (b.read_error && !interrupted()) shut_down(21, G.FileIn);
       return kBlkEnd;
     }
-    // This batch is done: it takes the batch after the next one, which the helper then prepares
-    // while the loop converts the next one. Nothing is read past a batch that came up short.
-    Batch& next = *batch_[cur_ ^ 1];
-    if (next.bytes == kBatch * kPacketSize) fill(b);
-    cur_ ^= 1;
+    // This batch is done: it takes the next one to read, which the helper prepares while the loop
+    // converts those before it. Nothing is read past a batch that came up short.
+    if (last_full_) fill(b);
+    cur_ = (cur_ + 1) % kSlots;
     pos_ = 0;
-    wait_ready(next);
+    wait_ready(*batch_[cur_]);
   }
 }
 

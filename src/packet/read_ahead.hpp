@@ -26,7 +26,8 @@ struct PreparedDt {
 
 class ReadAhead {
  public:
-  static constexpr std::size_t kBatch = 64;  // packets
+  static constexpr std::size_t kBatch = 32;  // packets
+  static constexpr std::size_t kSlots = 4;   // batches: one being converted, the others read ahead
 
   explicit ReadAhead(std::FILE* in);
   ~ReadAhead();
@@ -48,8 +49,9 @@ class ReadAhead {
   void wait_ready(Batch& b);
 
   std::FILE* in_;
-  std::unique_ptr<Batch> batch_[2];
-  int cur_ = 0;
+  std::unique_ptr<Batch> batch_[kSlots];
+  std::size_t cur_ = 0;
+  bool last_full_ = false;  // the latest batch read was whole: there may be more
   std::size_t pos_ = 0;  // next packet of the current batch
   bool started_ = false;
 
