@@ -1,5 +1,6 @@
 #include "packet/read_ahead.hpp"
 
+#include <sched.h>
 #include <signal.h>
 
 #include <atomic>
@@ -62,6 +63,9 @@ struct ReadAhead::Batch {
 ReadAhead::ReadAhead(std::FILE* in) : in_(in) {
   // Not value-initialised: only the parts in use are ever touched.
   for (auto& b : batch_) b.reset(new Batch);
+  // On a single processor the two would only take turns, and waiting for each other would cost.
+  cpu_set_t cpus;
+  if (sched_getaffinity(0, sizeof cpus, &cpus) == 0 && CPU_COUNT(&cpus) < 2) return;
   // The helper takes no signals: an interrupt reaches the loop's thread, whose read it cuts short.
   sigset_t all, old;
   sigfillset(&all);

@@ -2,8 +2,8 @@
 // The input, read a batch of packets at a time. While the packet loop converts one batch, a helper
 // thread decodes the DT packets of the next one and formats their samples: the work that depends on
 // the packet alone. Every read, write and message stays on the loop's thread, in the loop's order,
-// so the output is the same byte for byte as without the helper, which is left out when no thread
-// can be started.
+// so the output is the same byte for byte as without the helper, which is left out on a single
+// processor and when no thread can be started.
 #include <cstdint>
 #include <cstdio>
 #include <memory>
