@@ -48,7 +48,12 @@ Decoded Buf_c2(const std::uint8_t* packet, std::int32_t& last, std::span<std::ui
 
 // The sixteen two-bit codes of a stored (big-endian) control word, code 0 first.
 void C0_flag_clr(std::uint8_t* codes);
-void C0_flag_cvt(const std::uint8_t* word, std::uint8_t* codes);
+// Inline: the decoders take a frame's codes fifteen times a packet.
+inline void C0_flag_cvt(const std::uint8_t* word, std::uint8_t* codes) {
+  const std::uint32_t control = std::uint32_t{word[0]} << 24 | std::uint32_t{word[1]} << 16 |
+                                std::uint32_t{word[2]} << 8 | word[3];
+  for (int k = 0; k < 16; ++k) codes[k] = static_cast<std::uint8_t>((control >> (30 - 2 * k)) & 3u);
+}
 
 // The nbits bits of word from bit shift up, sign-extended; 0 for a width of 0 or above 32 or a shift above 32.
 constexpr std::int32_t Steim2_get_bits(std::uint32_t word, int shift, int nbits) {

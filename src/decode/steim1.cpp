@@ -7,12 +7,6 @@ void C0_flag_clr(std::uint8_t* codes) {
   for (int k = 0; k < steim::kWordsPerFrame; ++k) codes[k] = 0;
 }
 
-void C0_flag_cvt(const std::uint8_t* word, std::uint8_t* codes) {
-  C0_flag_clr(codes);
-  const std::uint32_t control = load_be32(word);
-  for (int k = 0; k < steim::kWordsPerFrame; ++k) codes[k] = static_cast<std::uint8_t>((control >> (30 - 2 * k)) & 3u);
-}
-
 namespace steim {
 
 Decoded finish(std::int32_t& last, const PacketClaims& claims, std::uint32_t count, std::uint32_t d0, std::uint32_t s) {
