@@ -5,8 +5,8 @@
 
 namespace lm {
 
-// The one file type for everything the program writes: a stream with a private buffer that the
-// per-sample path formats straight into. The buffer is flushed before every close, rewind, re-open
+// The one file type for everything the program writes: a stream with a private buffer that each
+// packet's sample lines are copied into in one piece. The buffer is flushed before every close, rewind, re-open
 // or read, so the bytes on disk are exactly those written, in order. A buffer exists only while
 // its file is open (taken from a small pool), so memory follows the number of open files. Every
 // write, flush, seek and close is checked: the first failure ends the run with the write error.
@@ -39,13 +39,6 @@ class OutFile {
     buf_[len_++] = c;
   }
   void printf(const char* fmt, ...) __attribute__((format(printf, 2, 3)));
-
-  // Room for n bytes (n <= kCapacity) at the end of the buffer of an open file; commit() what was used.
-  char* reserve(std::size_t n) {
-    if (kCapacity - len_ < n) flush();
-    return buf_ + len_;
-  }
-  void commit(std::size_t n) { len_ += n; }
 
   void flush();
   void rewind();
