@@ -3,7 +3,6 @@
 
 #include <filesystem>
 #include <cstdio>
-#include <cstdlib>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -31,29 +30,12 @@ Packet text_packet(const char* type, std::uint16_t unit, unsigned seq) {
   return pktkit::make_header(type, unit, {9, 45, 1, 2, 3, 456}, seq);
 }
 
-TEST(Spine, PartialPacketsAreDropped) {
-  TempDir tmp;
-  for (std::size_t size : {1u, 1023u}) {
-    pktkit::write_file(tmp / "in.pkt", std::vector<std::uint8_t>(size, 'S'));
-    const auto r = run({"in.pkt"}, tmp.str());
-    EXPECT_EQ(r.status, 0);
-    EXPECT_EQ(after_echo(r.out), kVerboseStart + "\r\n");
-  }
-  std::vector<std::uint8_t> bytes;
-  pktkit::append(bytes, text_packet("SH", 0x1234, 7));
-  bytes.resize(2047, 'D');
-  pktkit::write_file(tmp / "in.pkt", bytes);
-  const auto r = run({"in.pkt", "-S0"}, tmp.str());
-  EXPECT_EQ(r.status, 0);
-  EXPECT_EQ(after_echo(r.out), kVerboseStart + "\r00001       SH      1234          -          -          -   \r\n");
-  EXPECT_EQ(e2e::log_body(e2e::read_file(tmp / "in.lml")),
-            "SH 09:045:01:02:03.456 U:1234                            N:0007 B:0000000000\r\n");
-}
-
+// Every packet type's console and run-log line; a cut last packet is dropped.
 TEST(Spine, VerboseLinesAndRunLogForEveryType) {
   TempDir tmp;
+  const char* plain[] = {"SC", "DS", "CD", "OM", "AD", "DR", "FD"};
   std::vector<Packet> pkts;
-  for (const char* t : {"SC", "DS", "CD", "OM", "AD", "DR", "FD"}) pkts.push_back(text_packet(t, 0x00AB, 1));
+  for (const char* t : plain) pkts.push_back(text_packet(t, 0x00AB, 1));
   pkts.push_back(text_packet("zz", 0x00AB, 2));  // unknown: skipped silently, still counted
   pkts.push_back(text_packet("HE", 0x00AB, 2));  // straddles two known codes: unknown too
   Packet nh = text_packet("NH", 0x00AB, 3);
@@ -63,12 +45,14 @@ TEST(Spine, VerboseLinesAndRunLogForEveryType) {
   pktkit::put_ext(dt, 12, 1, 4, 0, 0, 0x15);  // a data format that is not decoded
   pkts.push_back(dt);
   pkts.push_back(text_packet("SH", 0x00AB, 5));
-  e2e::write_packets(tmp / "in.pkt", pkts);
+  std::vector<std::uint8_t> bytes;
+  for (const Packet& p : pkts) pktkit::append(bytes, p);
+  bytes.insert(bytes.end(), pkts.back().begin(), pkts.back().end() - 1);  // the SH packet again, cut
+  pktkit::write_file(tmp / "in.pkt", bytes);
 
   const auto r = run({"in.pkt", "-S0"}, tmp.str());
   EXPECT_EQ(r.status, 0);
   std::string want = kVerboseStart;
-  const char* plain[] = {"SC", "DS", "CD", "OM", "AD", "DR", "FD"};
   for (int i = 0; i < 7; ++i)
     want += "\r0000" + std::to_string(i + 1) + "       " + plain[i] + "         -          -          -          -   ";
   want += "\r00010       NH      00AB       0012          -          -    ";
@@ -95,7 +79,7 @@ TEST(Spine, ContinuityMarkAndChannelCharacterInTheRunLog) {
   unsigned seq = 2;
   for (int ms : {0, 100, 250, 300, 400})  // 10 samples at 100/s: each packet lasts 100 ms
     pkts.push_back(pktkit::make_dt16(0x00AB, {9, 32, 0, 0, 0, ms}, seq++, 7, 0, 0, std::vector<std::int32_t>(10, 1)));
-  for (std::uint8_t channel_byte : {0x09, 0x34, 0x35, 0xFF}) {
+  for (std::uint8_t channel_byte : {0x09, 0x34, 0x35}) {
     pkts.push_back(pktkit::make_dt16(0x00AB, {}, seq++, 7, 0, 0, {1}));
     pkts.back()[19] = channel_byte;
   }
@@ -110,8 +94,7 @@ TEST(Spine, ContinuityMarkAndChannelCharacterInTheRunLog) {
             "DT-09:032:00:00:00.400 U:00AB E:0007 D:1 C:1 S:0010 F:16 N:0006 B:0000000005\r\n"
             "DT 09:032:00:00:00.000 U:00AB E:0007 D:1 C:A S:0001 F:16 N:0007 B:0000000006\r\n"
             "DT 09:032:00:00:00.000 U:00AB E:0007 D:1 C:Z S:0001 F:16 N:0008 B:0000000007\r\n"
-            "DT 09:032:00:00:00.000 U:00AB E:0007 D:1 C:? S:0001 F:16 N:0009 B:0000000008\r\n"
-            "DT 09:032:00:00:00.000 U:00AB E:0007 D:1 C:? S:0001 F:16 N:0010 B:0000000009\r\n");
+            "DT 09:032:00:00:00.000 U:00AB E:0007 D:1 C:? S:0001 F:16 N:0009 B:0000000008\r\n");
 }
 
 // The unit log: each packet's summary line, then its dump; an NH before any EH is dumped in full.
@@ -160,19 +143,18 @@ TEST(Spine, OnATerminalProgressIsThinnedAndEndsWithTheLastPacket) {
   const auto r = e2e::run_on_terminal({"in.pkt", "-LN"}, tmp.str());
   EXPECT_EQ(r.status, 0);
   const std::string rest = after_echo(r.out);
-  ASSERT_TRUE(rest.starts_with(kVerboseStart)) << rest.substr(0, 200);
-  ASSERT_TRUE(rest.ends_with("\r03000       FD         -          -          -          -   \r\n")) << rest;
+  ASSERT_TRUE(rest.starts_with(kVerboseStart + "\r") && rest.ends_with("\r\n")) << rest.substr(0, 200);
   std::istringstream drawn(rest.substr(kVerboseStart.size() + 1, rest.size() - kVerboseStart.size() - 3));
   unsigned lines = 0, last = 0;
   for (std::string line; std::getline(drawn, line, '\r'); ++lines) {
     char want[80];
-    const unsigned n = static_cast<unsigned>(std::atoi(line.c_str()));
+    const auto n = static_cast<unsigned>(std::stoul(line));
     std::snprintf(want, sizeof want, "%05u       FD         -          -          -          -   ", n);
     EXPECT_EQ(line, want);
     EXPECT_GT(n, last);
     last = n;
   }
-  EXPECT_EQ(last, kPackets);
+  EXPECT_EQ(last, kPackets);  // the last packet's line stands at the end
   EXPECT_LT(lines, kPackets / 2);  // would take 75 s of drawing at 20 lines a second
 }
 
