@@ -3,7 +3,9 @@
 // whose byte i is the base-62 digit of i % 62, so that any slice of it tells its offset and width.
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <string>
+#include <utility>
 
 #include "output/out_file.hpp"
 #include "pktkit/packet_builder.hpp"
@@ -44,8 +46,20 @@ inline std::string dump(Writer w, const pktkit::Packet& p) {
   return logged([&](lm::OutFile& f) { w(f, p.data()); });
 }
 
-// A label line with the ruler's field at off, width; a label line with a value.
-inline std::string F(const char* label, int off, int width) { return label + R(off, width) + "\r\n"; }
-inline std::string L(const char* label, const std::string& value) { return label + value + "\r\n"; }
+// Label lines as the dumps write them: `lead` blanks, the label padded to `pad`, ": " and the value,
+// by default the ruler's field at off, width.
+struct Row {
+  Row(const char* l, int off, int width) : label(l), value(R(off, width)) {}
+  Row(const char* l, std::string v) : label(l), value(std::move(v)) {}
+  std::string label, value;
+};
+inline std::string lines(std::size_t lead, std::size_t pad, std::initializer_list<Row> rows) {
+  std::string s;
+  for (const Row& r : rows) s += std::string(lead, ' ') + r.label + std::string(pad - r.label.size(), ' ') + ": " + r.value + "\r\n";
+  return s;
+}
+inline std::string top(std::initializer_list<Row> rows) { return lines(5, 29, rows); }
+inline std::string sub(std::initializer_list<Row> rows) { return lines(6, 28, rows); }
+inline std::string evt(std::initializer_list<Row> rows) { return lines(3, 23, rows); }
 
 }  // namespace log_test
