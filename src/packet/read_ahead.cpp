@@ -80,7 +80,7 @@ ReadAhead::ReadAhead(std::FILE* in) : in_(in) {
 
 ReadAhead::~ReadAhead() {
   if (!helper_.joinable()) return;
-  // Once neither batch is in the helper's hands it is waiting for the next one: it gets a stop instead.
+  // Once no batch is in the helper's hands it is waiting for the next one: it gets a stop instead.
   for (auto& b : batch_) await(b->state, [](State s) { return s != State::kQueued; });
   for (auto& b : batch_) set(b->state, State::kStop);
   helper_.join();
@@ -117,7 +117,7 @@ void ReadAhead::prepare(Batch& b) {
   }
 }
 
-// The helper's loop: the two batches in turn, each as soon as it is queued.
+// The helper's loop: the batches in turn, each as soon as it is queued.
 void ReadAhead::help() {
   for (std::size_t next = 0;; next = (next + 1) % kSlots) {
     Batch& b = *batch_[next];
