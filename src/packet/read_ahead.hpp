@@ -1,7 +1,7 @@
 #pragma once
-// The input, read a batch of packets at a time. While the packet loop converts one batch, a helper
-// thread decodes the DT packets of the next one and formats their samples: the work that depends on
-// the packet alone. Every read, write and message stays on the loop's thread, in the loop's order,
+// The input, read a batch of packets at a time into a small ring. While the packet loop converts one
+// batch, a helper thread decodes the DT packets of the batches read after it and formats their
+// samples: the work that depends on the packet alone. Every read, write and message stays on the loop's thread, in the loop's order,
 // so the output is the same byte for byte as without the helper, which is left out on a single
 // processor and when no thread can be started.
 #include <cstdint>
