@@ -25,17 +25,16 @@ inline std::vector<std::int32_t> decode(lm::Decoder dec, const pktkit::Packet& p
 }
 
 // A random walk from v with steps of a bit width drawn from `widths` (width b: a step in
-// [-2^(b-1), 2^(b-1) - 1]), kept within [lo, hi] by reversing a step that would leave it.
-inline std::vector<std::int32_t> random_walk(std::uint32_t seed, std::size_t n, std::int64_t v, const std::vector<int>& widths,
-                                             std::int64_t lo = INT32_MIN, std::int64_t hi = INT32_MAX) {
+// [-2^(b-1), 2^(b-1) - 1]), kept within the 32-bit range by reversing a step that would leave it.
+inline std::vector<std::int32_t> random_walk(std::uint32_t seed, std::size_t n, std::int64_t v, const std::vector<int>& widths) {
   std::mt19937 rng(seed);
   std::vector<std::int32_t> out;
   while (out.size() < n) {
     out.push_back(static_cast<std::int32_t>(v));
     const std::int64_t half = std::int64_t{1} << (widths[rng() % widths.size()] - 1);
     std::int64_t step = std::int64_t(rng() % std::uint64_t(2 * half)) - half;
-    if (v + step < lo || v + step > hi) step = std::min(-step, half - 1);
-    if (v + step >= lo && v + step <= hi) v += step;
+    if (v + step < INT32_MIN || v + step > INT32_MAX) step = std::min(-step, half - 1);
+    if (v + step >= INT32_MIN && v + step <= INT32_MAX) v += step;
   }
   return out;
 }
