@@ -39,7 +39,10 @@ TEST(MseedCrossCheck, EveryRecordDecodesToTheSamePackedSamples) {
       {false, "every width", decode_test::random_walk(0, 6000, 0, {8, 16, 32})},
       {false, "extreme jumps", jumps},
       {true, "every width", decode_test::random_walk(100, 6000, 0, {4, 5, 6, 8, 10, 15, 30})},
-      {true, "small steps: full packets", decode_test::random_walk(101, 4000, -5, {4})}};
+      {true, "small steps: full packets", decode_test::random_walk(101, 4000, -5, {4})},
+      // Differences that wrap around the 32-bit range, from either end of it.
+      {true, "from INT32_MAX", decode_test::random_walk(102, 3000, INT32_MAX, {4, 5, 6, 8, 10, 15, 30})},
+      {true, "from INT32_MIN", decode_test::random_walk(103, 3000, INT32_MIN, {4, 5, 6, 8, 10, 15, 30})}};
   for (const auto& [steim2, name, trace] : cases) {
     std::int32_t last = 0;
     std::vector<std::int32_t> back;
