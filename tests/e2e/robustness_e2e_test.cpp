@@ -31,37 +31,30 @@ Packet random_packet(std::mt19937& rng) {
   return p;
 }
 
-TEST(Robustness, RandomPacketStreamsEndCleanly) {
+// Seeds 1-20 give random streams, not verbose; 21-23 every type with all bytes clear, all set, or 0x99,
+// verbose, so that each packet's line is made as well.
+TEST(Robustness, DamagedPacketStreamsEndCleanly) {
   const std::vector<std::vector<std::string>> switch_sets = {
       {}, {"-Q+", "-DY"}, {"-G+", "-P4", "-N2"}, {"-T3", "-S7", "-HN", "-P1"}, {"-LN", "-Q+", "-N1", "-P3"},
   };
-  for (unsigned seed = 1; seed <= 20; ++seed) {
+  for (unsigned seed = 1; seed <= 23; ++seed) {
     std::mt19937 rng(seed);
     std::vector<Packet> pkts;
-    for (int i = 0; i < 120; ++i) pkts.push_back(random_packet(rng));
-    e2e::TempDir tmp;
-    e2e::write_packets(tmp / "in.pkt", pkts);
-    std::vector<std::string> args = switch_sets[seed % switch_sets.size()];
-    args.insert(args.begin(), {"in.pkt", "-VN"});
-    const auto r = e2e::run(args, tmp.str(), nullptr, std::string(64, '\n'));
-    EXPECT_EQ(r.status, 0) << "seed " << seed << "\n" << r.out.substr(r.out.size() > 2000 ? r.out.size() - 2000 : 0);
-  }
-}
-
-TEST(Robustness, AllBytesSetAndAllBytesClear) {
-  for (std::uint8_t fill : {std::uint8_t{0x00}, std::uint8_t{0xFF}, std::uint8_t{0x99}}) {
-    std::vector<Packet> pkts;
+    for (int i = 0; seed <= 20 && i < 120; ++i) pkts.push_back(random_packet(rng));
     for (const char* t : {"EH", "DT", "DT", "ET", "SH", "SC", "DS", "CD", "OM", "AD", "DR", "NH", "NT", "FD"}) {
-      Packet p;
-      p.fill(fill);
+      if (seed <= 20) break;
+      Packet& p = pkts.emplace_back();
+      p.fill(seed == 21 ? 0x00 : seed == 22 ? 0xFF : 0x99);
       p[0] = static_cast<std::uint8_t>(t[0]);
       p[1] = static_cast<std::uint8_t>(t[1]);
-      pkts.push_back(p);
     }
     e2e::TempDir tmp;
     e2e::write_packets(tmp / "in.pkt", pkts);
-    const auto r = e2e::run({"in.pkt", "-Q+", "-DY", "-P4"}, tmp.str(), nullptr, std::string(64, '\n'));
-    EXPECT_EQ(r.status, 0) << int(fill) << r.out;
+    std::vector<std::string> args = switch_sets[seed % switch_sets.size()];
+    args.insert(args.begin(), "in.pkt");
+    if (seed <= 20) args.push_back("-VN");
+    const auto r = e2e::run(args, tmp.str(), nullptr, std::string(64, '\n'));
+    EXPECT_EQ(r.status, 0) << "seed " << seed << "\n" << r.out.substr(r.out.size() > 2000 ? r.out.size() - 2000 : 0);
   }
 }
 

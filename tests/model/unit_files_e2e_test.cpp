@@ -14,22 +14,7 @@ using pktkit::Packet;
 
 const pktkit::PktTime kT{9, 45, 1, 2, 3, 456};
 
-class UnitFiles : public testing::Test {
- protected:
-  UnitFiles() : dir(std::filesystem::canonical(tmp.path()).string()) {}
-  // Runs the packets; returns the header of the run log, which every unit file of the run repeats.
-  std::string run(const std::vector<Packet>& packets, std::vector<std::string> args) const {
-    e2e::write_packets(dir + "/in.pkt", packets);
-    args.insert(args.begin(), "in.pkt");
-    EXPECT_EQ(e2e::run(args, dir, (dir + "/none.ini").c_str()).status, 0);
-    return e2e::log_head(file("in.lml"));
-  }
-  std::string file(const std::string& name) const { return e2e::mask_time(e2e::read_file(dir + "/" + name)); }
-  e2e::TempDir tmp;
-  std::string dir;
-};
-
-// An SH packet with a short text; its summary line; what the unit log shows of a one-line text.
+// An SH packet with a short text, and its summary line in the unit log.
 Packet sh(std::uint16_t unit, unsigned seq, const std::string& text) {
   Packet p = pktkit::make_header("SH", unit, kT, seq);
   pktkit::put_bcd(p, 12, 2, static_cast<unsigned>(24 + text.size()));
@@ -45,10 +30,10 @@ std::string sh_logged(unsigned unit, unsigned seq, unsigned blk, const std::stri
   return sh_head(unit, seq, blk) + "     " + text + "\r\n\r\n";
 }
 
-// An EH or ET packet of event 7 whose byte count asks for the short dump: the 31 bytes from 24, here a
-// text; and what the unit log shows of it.
-Packet event(const char* type, unsigned seq, bool high) {
-  Packet p = pktkit::make_event_packet(type, 0x0C0D, kT, seq, 7, 0, high, {});
+// An EH or ET packet of event 7 of unit 0C0D whose byte count asks for the short dump (31 bytes from 24,
+// here a text), and what the unit log shows of it.
+Packet event(const char* type, unsigned seq, bool channels_17_32) {
+  Packet p = pktkit::make_event_packet(type, 0x0C0D, kT, seq, 7, 0, channels_17_32, {});
   pktkit::put_bcd(p, 12, 2, 57);
   pktkit::put_text(p, 24, std::string(type) + " short form of event seven   ");
   return p;
@@ -60,42 +45,43 @@ std::string event_logged(const char* type, unsigned seq, unsigned blk) {
   return b + std::string(type) + " short form of event seven   \r\n\r\n";
 }
 
-// Unit 0 shares the file of unit FFFF. Each line of an SH text is indented; a text not ending in a line
-// feed gets one, with a carriage return unless the byte before its last is one.
-TEST_F(UnitFiles, InterleavedUnitsKeepOneHeaderPerRunAndALaterRunAppends) {
-  const std::string h = run({sh(0xA1, 1, "a one"), sh(0xB2, 2, "b one"), sh(0xA1, 3, "a two"), sh(0xB2, 4, "b two"),
-                             sh(0x0000, 5, "GPS OK\r\n"), sh(0xFFFF, 6, "A\nB"), sh(0x0000, 7, "X\r"),
-                             sh(0x0000, 8, "X\rY")},
-                            {"-QY"});
+// Interleaved units keep one header per run, a later run appends. Unit 0 shares the file of unit FFFF.
+// Each line of an SH text is indented; a text not ending in a line feed gets one, with a carriage return
+// unless the byte before its last is one. A trailer of channels 17-32 leaves its event open, so packet 4
+// is out of sequence; a trailer of channels 1-16 closes it, so packet 7 starts a new event.
+TEST(UnitFiles, PerRunHeadersAppendedRunsAndWhatEachUnitLogShows) {
+  e2e::TempDir tmp;
+  const std::string dir = std::filesystem::canonical(tmp.path()).string();
+  auto file = [&](const std::string& name) { return e2e::mask_time(e2e::read_file(dir + "/" + name)); };
+  // Runs the packets; returns the header of the run log, which every unit file of the run repeats.
+  auto run = [&](const std::vector<Packet>& packets) {
+    e2e::write_packets(dir + "/in.pkt", packets);
+    EXPECT_EQ(e2e::run({"in.pkt", "-QY", "-DY"}, dir, (dir + "/none.ini").c_str()).status, 0);
+    return e2e::log_head(file("in.lml"));
+  };
+  const std::string h =
+      run({sh(0xA1, 1, "a one"), sh(0xB2, 2, "b one"), sh(0xA1, 3, "a two"), sh(0xB2, 4, "b two"),
+           sh(0x0000, 5, "GPS OK\r\n"), sh(0xFFFF, 6, "A\nB"), sh(0x0000, 7, "X\r"), sh(0x0000, 8, "X\rY"),
+           event("EH", 1, false), event("ET", 2, true), pktkit::make_dt16(0x0C0D, kT, 4, 7, 0, 0, {1, 2, 3}),
+           event("ET", 5, false), pktkit::make_dt16(0x0C0D, kT, 7, 7, 0, 0, {1, 2, 3})});
   EXPECT_EQ(file("ID00A1.lml"), h + sh_logged(0xA1, 1, 0, "a one") + sh_logged(0xA1, 3, 2, "a two"));
-  EXPECT_EQ(file("ID00A1.qcc"), h + "\r\n\r\n");
-  EXPECT_EQ(run({sh(0xB2, 7, "b three"), sh(0xC3, 8, "c one")}, {"-QY"}), h);
-  EXPECT_EQ(e2e::list_files(dir), (std::vector<std::string>{"ID00A1.lml", "ID00A1.qcc", "ID00B2.lml", "ID00B2.qcc",
-                                                            "ID00C3.lml", "ID00C3.qcc", "IDFFFF.lml", "IDFFFF.qcc",
-                                                            "in.lml", "in.pkt", "in.qcc"}));
-  EXPECT_EQ(file("ID00B2.lml"), h + sh_logged(0xB2, 2, 1, "b one") + sh_logged(0xB2, 4, 3, "b two") + h +
-                                    sh_logged(0xB2, 7, 0, "b three"));
-  EXPECT_EQ(file("ID00B2.qcc"), h + "\r\n\r\n" + h + "\r\n\r\n");
-  EXPECT_EQ(file("ID00C3.lml"), h + sh_logged(0xC3, 8, 1, "c one"));
   EXPECT_EQ(file("IDFFFF.lml"), h + sh_head(0x0000, 5, 4) + "     GPS OK\r\n     \r\n" + sh_head(0xFFFF, 6, 5) +
                                     "     A\n     B\r\n\r\n" + sh_head(0x0000, 7, 6) + "     X\r\r\n\r\n" +
                                     sh_head(0x0000, 8, 7) + "     X\rY\n\r\n");
+  EXPECT_EQ(file("ID0C0D.lml"), h + event_logged("EH", 1, 8) + event_logged("ET", 2, 9) +
+                                    "\nBlock sequence # 4 is out of sequence in Event #7\n\n" +
+                                    "DT 09:045:01:02:03.456 U:0C0D E:0007 D:1 C:1 S:0003 F:16 N:0004 B:0000000010\r\n" +
+                                    event_logged("ET", 5, 11) +
+                                    "DT 09:045:01:02:03.456 U:0C0D E:0007 D:1 C:1 S:0003 F:16 N:0007 B:0000000012\r\n");
+  EXPECT_EQ(run({sh(0xB2, 7, "b three")}), h);
+  EXPECT_EQ(e2e::list_files(dir),
+            (std::vector<std::string>{"2009045010203456_00C0D_1_1.atr", "2009045010203456_STN1__1_1.atr", "ID00A1.lml",
+                                      "ID00A1.qcc", "ID00B2.lml", "ID00B2.qcc", "ID0C0D.lml", "ID0C0D.qcc",
+                                      "IDFFFF.lml", "IDFFFF.qcc", "in.lml", "in.pkt", "in.qcc"}));
+  EXPECT_EQ(file("ID00B2.lml"), h + sh_logged(0xB2, 2, 1, "b one") + sh_logged(0xB2, 4, 3, "b two") + h +
+                                    sh_logged(0xB2, 7, 0, "b three"));
+  EXPECT_EQ(file("ID00B2.qcc"), h + "\r\n\r\n" + h + "\r\n\r\n");
   EXPECT_EQ(file("in.lml").find("a one"), std::string::npos) << "the run log starts afresh";
-}
-
-TEST_F(UnitFiles, TrailerOfChannels17To32LeavesTheEventOpen) {
-  constexpr std::uint16_t u = 0x0C0D;
-  for (bool high : {true, false}) {
-    std::filesystem::remove(dir + "/ID0C0D.lml");
-    const std::string h = run({event("EH", 1, false), event("ET", 2, high), pktkit::make_dt16(u, kT, 4, 7, 0, 0, {1, 2, 3}), sh(u, 9, "later")}, {"-DY"});
-    // Packet 4 is out of sequence only in the still open event; the line comes before the packet's own.
-    const std::string seq_line = high ? "\nBlock sequence # 4 is out of sequence in Event #7\n\n" : "";
-    EXPECT_EQ(file("ID0C0D.lml"),
-              h + event_logged("EH", 1, 0) + event_logged("ET", 2, 1) + seq_line +
-                  "DT 09:045:01:02:03.456 U:0C0D E:0007 D:1 C:1 S:0003 F:16 N:0004 B:0000000002\r\n" +
-                  sh_logged(u, 9, 3, "later"))
-        << "high " << high;
-  }
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include "support/e2e.hpp"
 
-#include <fcntl.h>
 #include <pty.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -30,67 +29,40 @@ TempDir::~TempDir() {
   fs::remove_all(path_, ec);
 }
 
-namespace {
-
-// In the child: the converter with the arguments and limits, run in cwd.
-[[noreturn]] void exec_converter(const std::vector<std::string>& args, const std::string& cwd, const char* lmu,
-                                 const Limits& limits) {
-  if (::chdir(cwd.c_str()) != 0) ::_exit(127);
-  if (lmu) ::setenv("LMU", lmu, 1); else ::unsetenv("LMU");
-  if (limits.open_files) {
-    const rlimit r{limits.open_files, limits.open_files};
-    ::setrlimit(RLIMIT_NOFILE, &r);
-  }
-  if (limits.file_size) {
-    std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit r{limits.file_size, limits.file_size};
-    ::setrlimit(RLIMIT_FSIZE, &r);
-  }
-  std::vector<char*> argv;
-  std::string bin = LM_ASC_BIN;
-  argv.push_back(bin.data());
-  std::vector<std::string> copy = args;
-  for (auto& a : copy) argv.push_back(a.data());
-  argv.push_back(nullptr);
-  ::execv(bin.c_str(), argv.data());
-  ::_exit(127);
-}
-
-// Everything fd gives until its writer is gone, then the child's status.
-RunResult collect(int fd, pid_t pid) {
-  RunResult r;
-  char buf[65536];
-  for (;;) {
-    const ssize_t n = ::read(fd, buf, sizeof buf);
-    if (n <= 0) break;
-    r.out.append(buf, static_cast<std::size_t>(n));
-  }
-  ::close(fd);
-  int st = 0;
-  ::waitpid(pid, &st, 0);
-  r.status = WIFEXITED(st) ? WEXITSTATUS(st) : 128 + WTERMSIG(st);
-  return r;
-}
-
-}  // namespace
-
-Child start(const std::vector<std::string>& args, const std::string& cwd, const char* lmu, const Limits& limits) {
-  int out_pipe[2];
-  int in_pipe[2];
-  if (::pipe(out_pipe) != 0 || ::pipe(in_pipe) != 0) throw std::runtime_error("pipe failed");
+Child start(const std::vector<std::string>& args, const std::string& cwd, const char* lmu, const Limits& limits,
+            bool terminal) {
+  int out[2], in[2];
+  termios raw{};
+  ::cfmakeraw(&raw);  // the bytes as written, no line-end translation
+  if ((terminal ? ::openpty(&out[0], &out[1], nullptr, &raw, nullptr) : ::pipe(out)) != 0 || ::pipe(in) != 0)
+    throw std::runtime_error("pipe failed");
   const pid_t pid = ::fork();
   if (pid == 0) {
-    ::dup2(out_pipe[1], 1);
-    ::dup2(in_pipe[0], 0);
-    ::close(out_pipe[0]);
-    ::close(out_pipe[1]);
-    ::close(in_pipe[0]);
-    ::close(in_pipe[1]);
-    exec_converter(args, cwd, lmu, limits);
+    ::dup2(out[1], 1);
+    ::dup2(in[0], 0);
+    for (int fd : {out[0], out[1], in[0], in[1]}) ::close(fd);
+    if (::chdir(cwd.c_str()) != 0) ::_exit(127);
+    if (lmu) ::setenv("LMU", lmu, 1); else ::unsetenv("LMU");
+    if (limits.open_files) {
+      const rlimit r{limits.open_files, limits.open_files};
+      ::setrlimit(RLIMIT_NOFILE, &r);
+    }
+    if (limits.file_size) {
+      std::signal(SIGXFSZ, SIG_IGN);
+      const rlimit r{limits.file_size, limits.file_size};
+      ::setrlimit(RLIMIT_FSIZE, &r);
+    }
+    std::string bin = LM_ASC_BIN;
+    std::vector<std::string> copy = args;
+    std::vector<char*> argv{bin.data()};
+    for (auto& a : copy) argv.push_back(a.data());
+    argv.push_back(nullptr);
+    ::execv(bin.c_str(), argv.data());
+    ::_exit(127);
   }
-  ::close(out_pipe[1]);
-  ::close(in_pipe[0]);
-  return Child{pid, out_pipe[0], in_pipe[1]};
+  ::close(out[1]);
+  ::close(in[0]);
+  return Child{pid, out[0], in[1]};
 }
 
 RunResult finish(Child& child, const std::string& stdin_text) {
@@ -100,31 +72,26 @@ RunResult finish(Child& child, const std::string& stdin_text) {
     (void)w;
   }
   ::close(child.in_fd);
-  return collect(child.out_fd, child.pid);
-}
-
-RunResult run_on_terminal(const std::vector<std::string>& args, const std::string& cwd) {
-  termios raw{};
-  ::cfmakeraw(&raw);  // the bytes as written, no line-end translation
-  int master = -1, slave = -1;
-  if (::openpty(&master, &slave, nullptr, &raw, nullptr) != 0) throw std::runtime_error("openpty failed");
-  const pid_t pid = ::fork();
-  if (pid == 0) {
-    ::dup2(slave, 1);
-    const int null_in = ::open("/dev/null", O_RDONLY);
-    ::dup2(null_in, 0);
-    ::close(master);
-    ::close(slave);
-    exec_converter(args, cwd, nullptr, {});
-  }
-  ::close(slave);
-  return collect(master, pid);  // the read fails (EIO) once the run has closed the terminal
+  RunResult r;
+  char buf[65536];
+  // Until the writer is gone; on a terminal the read fails (EIO) once the run has closed it.
+  for (ssize_t n; (n = ::read(child.out_fd, buf, sizeof buf)) > 0;) r.out.append(buf, static_cast<std::size_t>(n));
+  ::close(child.out_fd);
+  int st = 0;
+  ::waitpid(child.pid, &st, 0);
+  r.status = WIFEXITED(st) ? WEXITSTATUS(st) : 128 + WTERMSIG(st);
+  return r;
 }
 
 RunResult run(const std::vector<std::string>& args, const std::string& cwd, const char* lmu,
               const std::string& stdin_text, const Limits& limits) {
   Child child = start(args, cwd, lmu, limits);
   return finish(child, stdin_text);
+}
+
+RunResult run_on_terminal(const std::vector<std::string>& args, const std::string& cwd) {
+  Child child = start(args, cwd, nullptr, {}, true);
+  return finish(child);
 }
 
 std::string read_file(const std::string& path) {

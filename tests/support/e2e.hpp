@@ -38,9 +38,10 @@ struct Child {
   int in_fd = -1;   // its standard input
 };
 
-// Starts the converter with the arguments in `cwd`; environment LMU set when `lmu` is not null.
+// Starts the converter with the arguments in `cwd`; environment LMU set when `lmu` is not null; its
+// standard output a pseudo-terminal when `terminal`.
 Child start(const std::vector<std::string>& args, const std::string& cwd, const char* lmu = nullptr,
-            const Limits& limits = {});
+            const Limits& limits = {}, bool terminal = false);
 // Feeds its standard input, closes it, collects its output and waits for its status.
 RunResult finish(Child& child, const std::string& stdin_text = "");
 // start() then finish().
