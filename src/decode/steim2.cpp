@@ -92,22 +92,18 @@ Decoded Buf_c2(const std::uint8_t* packet, std::int32_t& last, std::span<std::ui
 
   std::uint8_t undefined[kMaxDataWords];
   std::uint16_t n_undefined = 0;  // bounded: one entry per data word at most
+  // Every word writes all seven lanes from `out`, which stands at most seven places a word from the
+  // start: the 223 words' lanes all fall within the span's kMaxSamples.
+  static_assert(kMaxSamples == 7 * kMaxDataWords);
   std::uint32_t* const start = span.data();
-  std::uint32_t* const end = start + span.size();
   std::uint32_t* out = start;
-  std::uint32_t tail[7];  // scratch near the end of the span, which unpack may not overrun
   for (int f = 1; f <= dt::kFrameCount; ++f) {
     if (f > 1) frame_codes(packet, f, codes);
     for (int w = f == 1 ? first : 1; w < kWordsPerFrame; ++w) {
       const std::uint32_t word = load_be32(packet + word_offset(f, w));
       const WordShape& sh = kShapes[codes[w] << 2 | word >> 30];
       if (sh.bad) undefined[n_undefined++] = static_cast<std::uint8_t>(word >> 30);
-      if (end - out >= 7) {
-        out = unpack(word, sh, s, out);
-      } else {
-        std::uint32_t* const t = unpack(word, sh, s, tail);
-        out = std::copy(tail, t, out);  // fits: a packet never yields more than kMaxSamples
-      }
+      out = unpack(word, sh, s, out);
     }
   }
   Decoded d = finish(last, claims, static_cast<std::uint32_t>(out - start), d0, s);

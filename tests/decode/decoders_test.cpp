@@ -60,6 +60,20 @@ TEST(RawSamples, CountsCappedAtWhatFits) {
   }
 }
 
+// A Steim-2 packet as full as one can be: 223 data words of seven differences of +1, from 1.
+Frames full_packet() {
+  Frames f(0xC2, 1561, 1, 1561);
+  for (int fr = 1; fr <= 15; ++fr)
+    for (int wd = fr == 1 ? 3 : 1; wd < 16; ++wd) f.at(fr, wd, 3, 0x81111111u);
+  return f;
+}
+
+std::vector<std::int32_t> one_to(int n) {
+  std::vector<std::int32_t> v(n);
+  for (int i = 0; i < n; ++i) v[i] = i + 1;
+  return v;
+}
+
 std::string report(const char* read, const char* calc) {
   return std::string("     Read start ") + read + "\r\n     Calc start " + calc + "\r\n";
 }
@@ -83,6 +97,9 @@ TEST(SteimTest, EndChecksAndTheirReport) {
        .at(1, 5, 1, 0x05010101u), 95, {100, 101, 102, 103}, "", 103},
       {"Steim-2 frame 1 empty: d0 = 0", Frames(0xC2, 4, 100, 108).at(2, 1, 1, 0x05010101u), 100, {105, 106, 107, 108}, "", 108},
       {"Steim-1 word 3 empty: d0 = 0", Frames(0xC0, 4, 100, 108).at(1, 4, 1, 0x05010101u), 100, {105, 106, 107, 108}, "", 108},
+      {"Steim-2 d0 of five 6-bit differences", Frames(0xC2, 5, 100, 104).at(1, 3, 3, 0x03041041u), 97,
+       {100, 101, 102, 103, 104}, "", 104},
+      {"every word seven 4-bit differences: the span filled to its end", full_packet(), 0, one_to(1561), "", 1561},
       {"no data, Xn differs", Frames(0xC2, 0, 42, 43), 0, {},
        report("0x0000002A  stop 0x0000002B  samples 0", "0x00000000  stop 0x0000002A  samples 0"), 43},
   };
