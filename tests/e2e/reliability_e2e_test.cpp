@@ -33,10 +33,9 @@ std::vector<Packet> one_event(unsigned packets) {
 }
 
 std::string trace_text(unsigned samples) {
-  std::string s = "$ChnID=9A3F:0007:01:01\r\n$Station=STN1 \r\n$Samples=" + std::to_string(samples) +
-                  std::string(10 - std::to_string(samples).size(), ' ') +
-                  "\r\n$Rate=100.0000\r\n$Time=2009:032:00:00:00.000\r\n$TimeQual=0 \r\n$BitWeight=        \r\n"
-                  "$Gain= 1.000\r\n$SensorVPU= 0.000 ???             \r\n$LLA= 0.000  0.000    0.0\r\n";
+  std::string s = e2e::TraceHeader{.chn_id = "9A3F:0007:01:01", .station = "STN1 ", .samples = samples,
+                                   .rate = "100.0000", .time_qual = "0 "}
+                      .text();
   for (unsigned i = 0; i < samples; ++i) s += std::to_string(i % 100) + "\r\n";
   return s;
 }

@@ -21,13 +21,10 @@ std::string lines(const std::vector<std::int32_t>& v) {
 // The header of a trace file of event 7 of the station STN1 at its position (see `info` below).
 std::string header(const char* id, unsigned n, const char* bw, const char* gain = " 1.000",
                    const char* vpu = " 0.000") {
-  char s[400];
-  std::snprintf(s, sizeof s,
-                "$ChnID=9A3F:0007:%s\r\n$Station=STN1 \r\n$Samples=%-10u\r\n$Rate=100.0000\r\n"
-                "$Time=2009:032:00:00:00.000\r\n$TimeQual=0 \r\n$BitWeight=%s\r\n$Gain=%s\r\n"
-                "$SensorVPU=%s ???             \r\n$LLA=45.500 -122.250  123.0\r\n",
-                id, n, bw, gain, vpu);
-  return s;
+  return e2e::TraceHeader{.chn_id = std::string("9A3F:0007:") + id, .station = "STN1 ", .samples = n,
+                          .rate = "100.0000", .time_qual = "0 ", .bit_weight = bw, .gain = gain, .vpu = vpu,
+                          .lla = "45.500 -122.250  123.0"}
+      .text();
 }
 
 // An input file of event 7 built packet by packet with running sequence numbers.
@@ -212,15 +209,15 @@ TEST_F(TraceE2e, EventWithoutHeaderGetsTheEstimatedRateInPlace) {
   in.dt({9, 32, 0, 0, 1, 0}, 1, s);  // which stays, though this channel alone would give 100/s
   in.dt({9, 32, 0, 0, 2, 0}, 2, s);  // made after the estimate
   convert(tmp, in);
-  auto head = [](const char* id, const char* n, const char* rate, const char* time) {
-    return std::string("$ChnID=9A3F:0007:01:") + id + "\r\n$Station=     \r\n$Samples=" + n + "\r\n$Rate=" + rate +
-           "\r\n$Time=2009:032:00:00:" + time + "\r\n$TimeQual=-1\r\n$BitWeight=        \r\n$Gain= 1.000\r\n"
-           "$SensorVPU= 0.000 ???             \r\n$LLA= 0.000  0.000    0.0\r\n";
+  auto head = [](const char* id, unsigned n, const char* rate, const char* time) {
+    return e2e::TraceHeader{.chn_id = std::string("9A3F:0007:01:") + id, .samples = n, .rate = rate,
+                            .time = std::string("2009:032:00:00:") + time}
+        .text();
   };
   const std::string f = "2009032000000000_09A3F_1_", one = lines(s);
-  EXPECT_EQ(out(f + "1.atr"), head("01", "300       ", "    200.0000", "00.000") + one + one + one);
-  EXPECT_EQ(out(f + "2.atr"), head("02", "200       ", "    200.0000", "00.000") + one + one);
-  EXPECT_EQ(out("2009032000002000_09A3F_1_3.atr"), head("03", "100       ", "200.0000", "02.000") + one);
+  EXPECT_EQ(out(f + "1.atr"), head("01", 300, "    200.0000", "00.000") + one + one + one);
+  EXPECT_EQ(out(f + "2.atr"), head("02", 200, "    200.0000", "00.000") + one + one);
+  EXPECT_EQ(out("2009032000002000_09A3F_1_3.atr"), head("03", 100, "200.0000", "02.000") + one);
 }
 
 }  // namespace

@@ -133,15 +133,19 @@ std::vector<std::string> list_files(const std::string& dir) {
   return names;
 }
 
+std::string TraceHeader::text() const {
+  std::string n = std::to_string(samples);
+  n.resize(n.size() < 10 ? 10 : n.size(), ' ');
+  return "$ChnID=" + chn_id + "\r\n$Station=" + station + "\r\n$Samples=" + n + "\r\n$Rate=" + rate +
+         "\r\n$Time=" + time + "\r\n$TimeQual=" + time_qual + "\r\n$BitWeight=" + bit_weight + "\r\n$Gain=" + gain +
+         "\r\n$SensorVPU=" + vpu + " ???             \r\n$LLA=" + lla + "\r\n";
+}
+
 std::string bare_trace(unsigned channel, unsigned count, const std::string& samples, const char* vpu,
                        const char* lla, const char* unit_event) {
-  char head[400];
-  std::snprintf(head, sizeof head,
-                "$ChnID=%s:01:%02u\r\n$Station=     \r\n$Samples=%-10u\r\n$Rate=      0.0000\r\n"
-                "$Time=2009:032:00:00:00.000\r\n$TimeQual=-1\r\n$BitWeight=        \r\n$Gain= 1.000\r\n"
-                "$SensorVPU=%s ???             \r\n$LLA=%s\r\n",
-                unit_event, channel, count, vpu, lla);
-  return head + samples;
+  char id[32];
+  std::snprintf(id, sizeof id, "%s:01:%02u", unit_event, channel);
+  return TraceHeader{.chn_id = id, .samples = count, .vpu = vpu, .lla = lla}.text() + samples;
 }
 
 }  // namespace e2e

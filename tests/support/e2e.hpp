@@ -63,6 +63,22 @@ std::string log_body(const std::string& log);
 // Names of the regular files below dir (relative, sorted).
 std::vector<std::string> list_files(const std::string& dir);
 
+// A trace file's ten header lines as the converter writes them, each field as the file shows it;
+// the defaults are those of an event without an event header at 2009:032 00:00:00.000.
+struct TraceHeader {
+  std::string chn_id;
+  std::string station = "     ";
+  unsigned long samples = 0;
+  std::string rate = "      0.0000";
+  std::string time = "2009:032:00:00:00.000";
+  std::string time_qual = "-1";
+  std::string bit_weight = "        ";
+  std::string gain = " 1.000";
+  std::string vpu = " 0.000";
+  std::string lla = " 0.000  0.000    0.0";
+  std::string text() const;
+};
+
 // A trace file of an event with no event header (event 7 of unit 9A3F unless told), its first packet at
 // 2009:032 00:00:00.000, rate not estimated; channel counted from 1, `samples` the sample lines.
 std::string bare_trace(unsigned channel, unsigned count, const std::string& samples, const char* vpu = " 0.000",

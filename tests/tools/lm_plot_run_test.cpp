@@ -35,13 +35,11 @@ Plot plot(const std::vector<std::string>& args) {
 void write_trace(const std::string& path, const std::string& id, const std::vector<std::int32_t>& v,
                  long declared = -1, const char* rate = "100.0000") {
   std::ofstream f(path, std::ios::binary | std::ios::app);
-  char head[400];
-  std::snprintf(head, sizeof head,
-                "$ChnID=%s\r\n$Station=PIER1\r\n$Samples=%-10lu\r\n$Rate=%s\r\n$Time=2009:032:14:05:30.250\r\n"
-                "$TimeQual=0 \r\n$BitWeight=1.589 uV\r\n$Gain= 1.000\r\n$SensorVPU= 1.250 ???             \r\n"
-                "$LLA=34.052 -118.244   71.0\r\n",
-                id.c_str(), declared < 0 ? v.size() : static_cast<unsigned long>(declared), rate);
-  f << head;
+  f << e2e::TraceHeader{.chn_id = id, .station = "PIER1",
+                        .samples = declared < 0 ? v.size() : static_cast<unsigned long>(declared), .rate = rate,
+                        .time = "2009:032:14:05:30.250", .time_qual = "0 ", .bit_weight = "1.589 uV",
+                        .vpu = " 1.250", .lla = "34.052 -118.244   71.0"}
+           .text();
   for (auto x : v) f << x << "\r\n";
 }
 
