@@ -55,7 +55,7 @@ struct ReadAhead::Batch {
   std::uint8_t packets[kBatch][kPacketSize];
   std::size_t bytes = 0;  // read into packets
   bool read_error = false;
-  PreparedDt* dt[kBatch] = {};
+  bool is_dt[kBatch] = {};  // a DT packet of a known format, prepared
   PreparedDt prepared[kBatch];
   char text[kBatch * kMaxSamples * kSampleLineMax];
 };
@@ -102,7 +102,7 @@ void ReadAhead::prepare(Batch& b) {
   for (std::size_t i = 0; i < b.bytes / kPacketSize; ++i) {
     const std::uint8_t* packet = b.packets[i];
     const Decoder decode = code_set(packet) == kDT ? decoder_for(hdr::kFormat.value(packet)) : nullptr;
-    b.dt[i] = nullptr;
+    b.is_dt[i] = decode != nullptr;
     if (!decode) continue;
     PreparedDt& p = b.prepared[i];
     std::int32_t any_last = 0;
@@ -113,7 +113,6 @@ void ReadAhead::prepare(Batch& b) {
       p.text = sample_text(text, v, p.d.count);
       text += p.text.len;
     }
-    b.dt[i] = &p;
   }
 }
 
@@ -159,7 +158,8 @@ std::uint16_t ReadAhead::Blk_read(std::uint8_t* buffer) {
 }
 
 PreparedDt* ReadAhead::prepared() {
-  return pos_ > 0 ? batch_[cur_]->dt[pos_ - 1] : nullptr;
+  Batch& b = *batch_[cur_];
+  return pos_ > 0 && b.is_dt[pos_ - 1] ? &b.prepared[pos_ - 1] : nullptr;
 }
 
 }  // namespace lm
