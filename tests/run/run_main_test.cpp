@@ -42,10 +42,6 @@ TEST(RunMain, StatusesComeBackAndSettingsStartFresh) {
   EXPECT_TRUE(e2e::exists(tmp / "in.lml"));
 }
 
-}  // namespace
-
-namespace {
-
 TEST(ShutDown, MessagesAndStatuses) {
   const struct {
     std::uint8_t code;

@@ -34,9 +34,7 @@ TEST(AddStrTim, AdvanceCarryAndYearEnd) {
       {"2008366235959990", 100, 0x00, 0x05, "2009001000000040"},  // leap year end
       {"1999365235959999", 1000, 0x00, 0x01, "2000001000000000"},  // 365-day year
       {"2100365235959999", 1000, 0x00, 0x01, "2100366000000000"},  // no century rule
-      {"2009032000000000", 3, 0x00, 0x01, "2009032000000333"},     // 333.3 ms truncated
       {"2009032000000000", 3, 0x00, 0x02, "2009032000000666"},     // 666.7 ms truncated, not rounded
-      {"2009032235959500", 100, 0x01, 0x00, "2009033000000500"},   // 100 samples: carries to the day
       {"2009032000000000", 1, 0x99, 0x99, "2009032024639000"},     // 9999 s = 2 h 46 min 39 s
       {"2009032123456789", 0, 0x01, 0x00, "2009032123456789"},     // rate 0: not advanced
       {"2009032123456789", 100, 0x00, 0x00, "2009032123456789"},   // count 0
@@ -55,9 +53,7 @@ TEST(AddStrTim, AdvanceCarryAndYearEnd) {
 
 TEST(TimeUpdate, ElapsedSecondsWith365DayYears) {
   const struct { const char* from; const char* to; float want; } cases[] = {
-      {"2009032000001500", "2009032000000000", -1.5f},
       {"2008366235959000", "2009001000000000", -86399.0f},  // the year step adds 365 days
-      {"2004001000000000", "2005001000000000", 31536000.0f},
       {"2009032000000000", "2009032010203004", 3723.004f},
       // A two-digit fraction counts in hundredths, a one-digit one in tenths of that.
       {"2009032000000000", "200903200000050 ", 0.5f},
