@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "run/cli.hpp"
-#include "run/file_util.hpp"
+#include "base/file_util.hpp"
 
 namespace fs = std::filesystem;
 

@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "log/log_packets.hpp"
-#include "output/out_file.hpp"
+#include "base/out_file.hpp"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   alignas(8) std::uint8_t packet[1024] = {};

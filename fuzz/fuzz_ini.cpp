@@ -9,7 +9,7 @@
 #include "config/ini.hpp"
 #include "run/exit.hpp"
 #include "run/globals.hpp"
-#include "run/text.hpp"
+#include "base/text.hpp"
 
 namespace {
 std::string g_path;

@@ -8,10 +8,10 @@
 
 #include "config/tables.hpp"
 #include "model/channel.hpp"
-#include "run/file_util.hpp"
+#include "base/file_util.hpp"
 #include "run/globals.hpp"
-#include "run/number.hpp"
-#include "run/text.hpp"
+#include "base/number.hpp"
+#include "base/text.hpp"
 
 namespace lm {
 namespace {

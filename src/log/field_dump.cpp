@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "output/out_file.hpp"
+#include "base/out_file.hpp"
 
 namespace lm {
 

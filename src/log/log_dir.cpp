@@ -1,6 +1,6 @@
 // Dump of directory (DR) packets: the page's links, then each entry walked by its own length.
 #include "log/log_packets.hpp"
-#include "output/out_file.hpp"
+#include "base/out_file.hpp"
 #include "packet/dir_layout.hpp"
 #include "time/time_str.hpp"
 

@@ -7,8 +7,8 @@
 #include "decode/decoders.hpp"
 #include "packet/codes.hpp"
 #include "packet/fields.hpp"
-#include "output/out_file.hpp"
-#include "run/dec_text.hpp"
+#include "base/out_file.hpp"
+#include "base/dec_text.hpp"
 #include "run/globals.hpp"
 
 namespace lm {

@@ -2,7 +2,7 @@
 
 #include "config/tables.hpp"
 #include "log/field_dump.hpp"
-#include "output/out_file.hpp"
+#include "base/out_file.hpp"
 #include "packet/event_fields.hpp"
 #include "packet/soh_layout.hpp"
 

@@ -6,14 +6,14 @@
 #include <cstring>
 
 #include "config/tables.hpp"
-#include "model/ring.hpp"
+#include "base/ring.hpp"
 #include "output/asc_trace.hpp"
 #include "packet/fields.hpp"
 #include "run/exit.hpp"
-#include "run/file_util.hpp"
+#include "base/file_util.hpp"
 #include "run/globals.hpp"
 #include "run/shut_down.hpp"
-#include "run/text.hpp"
+#include "base/text.hpp"
 #include "time/time_str.hpp"
 
 namespace lm {

@@ -13,7 +13,7 @@
 #include "qc/qcc.hpp"
 #include "run/exit.hpp"
 #include "run/globals.hpp"
-#include "run/number.hpp"
+#include "base/number.hpp"
 
 namespace lm {
 namespace {

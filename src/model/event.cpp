@@ -4,7 +4,7 @@
 #include <new>
 
 #include "model/channel.hpp"
-#include "model/ring.hpp"
+#include "base/ring.hpp"
 #include "output/asc_trace.hpp"
 #include "output/gather.hpp"
 #include "packet/codes.hpp"

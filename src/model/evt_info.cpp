@@ -3,8 +3,8 @@
 
 #include "model/event.hpp"
 #include "packet/event_fields.hpp"
-#include "run/file_util.hpp"
-#include "run/text.hpp"
+#include "base/file_util.hpp"
+#include "base/text.hpp"
 
 namespace lm {
 

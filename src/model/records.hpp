@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <string_view>
 
-#include "model/ring_index.hpp"
-#include "output/out_file.hpp"
+#include "base/ring_index.hpp"
+#include "base/out_file.hpp"
 #include "packet/event_fields.hpp"
 
 namespace lm {

@@ -8,7 +8,7 @@
 #include "config/ini.hpp"
 #include "log/log_file.hpp"
 #include "model/event.hpp"
-#include "model/ring.hpp"
+#include "base/ring.hpp"
 #include "packet/fields.hpp"
 #include "qc/qcc.hpp"
 #include "run/globals.hpp"

@@ -7,7 +7,7 @@
 
 #include "config/tables.hpp"
 #include "decode/decoders.hpp"
-#include "run/dec_text.hpp"
+#include "base/dec_text.hpp"
 #include "run/globals.hpp"
 #include "time/time_str.hpp"
 

@@ -9,7 +9,7 @@
 #include <string_view>
 
 #include "run/exit.hpp"
-#include "run/file_util.hpp"
+#include "base/file_util.hpp"
 #include "run/globals.hpp"
 #include "run/shut_down.hpp"
 #include "time/time_str.hpp"

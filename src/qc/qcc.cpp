@@ -5,7 +5,7 @@
 
 #include "log/log_file.hpp"
 #include "model/unit.hpp"
-#include "output/out_file.hpp"
+#include "base/out_file.hpp"
 #include "packet/codes.hpp"
 #include "packet/fields.hpp"
 #include "run/globals.hpp"

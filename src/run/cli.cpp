@@ -14,15 +14,15 @@
 #include <string_view>
 
 #include "log/log_file.hpp"
-#include "packet/reader.hpp"
+#include "run/convert.hpp"
 #include "qc/qcc.hpp"
 #include "run/exit.hpp"
-#include "run/file_util.hpp"
+#include "base/file_util.hpp"
 #include "run/globals.hpp"
-#include "run/number.hpp"
+#include "base/number.hpp"
 #include "run/interrupt.hpp"
 #include "run/shut_down.hpp"
-#include "run/text.hpp"
+#include "base/text.hpp"
 
 namespace lm {
 

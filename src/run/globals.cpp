@@ -1,7 +1,7 @@
 #include "run/globals.hpp"
 
 #include "model/records.hpp"
-#include "model/ring.hpp"
+#include "base/ring.hpp"
 #include "run/exit.hpp"
 
 namespace lm {

@@ -6,8 +6,8 @@
 #include <cstdio>
 #include <ctime>
 
-#include "model/ring_index.hpp"
-#include "output/out_file.hpp"
+#include "base/ring_index.hpp"
+#include "base/out_file.hpp"
 
 namespace lm {
 

@@ -6,8 +6,8 @@
 
 #include "packet/bcd.hpp"
 #include "packet/fields.hpp"
-#include "run/number.hpp"
-#include "run/dec_text.hpp"
+#include "base/number.hpp"
+#include "base/dec_text.hpp"
 
 namespace lm {
 TimeText::TimeText(const char* time) { std::memcpy(t_, time, strnlen(time, kTimeLen)); }

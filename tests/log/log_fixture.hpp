@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-#include "output/out_file.hpp"
+#include "base/out_file.hpp"
 #include "pktkit/packet_builder.hpp"
 #include "support/e2e.hpp"
 

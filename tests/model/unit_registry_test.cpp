@@ -8,11 +8,11 @@
 
 #include "model/channel.hpp"
 #include "model/event.hpp"
-#include "model/ring.hpp"
+#include "base/ring.hpp"
 #include "model/unit.hpp"
 #include "pktkit/packet_builder.hpp"
 #include "run/globals.hpp"
-#include "run/text.hpp"
+#include "base/text.hpp"
 #include "support/e2e.hpp"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "packet/reader.hpp"
+#include "run/convert.hpp"
 
 #include <unistd.h>
 
@@ -11,14 +11,14 @@
 #include "log/log_packets.hpp"
 #include "model/channel.hpp"
 #include "model/event.hpp"
-#include "model/ring.hpp"
+#include "base/ring.hpp"
 #include "model/unit.hpp"
 #include "output/asc_trace.hpp"
 #include "packet/codes.hpp"
 #include "packet/fields.hpp"
-#include "packet/read_ahead.hpp"
+#include "run/read_ahead.hpp"
 #include "qc/qcc.hpp"
-#include "run/dec_text.hpp"
+#include "base/dec_text.hpp"
 #include "run/globals.hpp"
 #include "run/interrupt.hpp"
 #include "run/shut_down.hpp"

@@ -1,4 +1,4 @@
-#include "run/number.hpp"
+#include "base/number.hpp"
 
 #include <charconv>
 #include <cstdlib>

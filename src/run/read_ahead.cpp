@@ -1,4 +1,4 @@
-#include "packet/read_ahead.hpp"
+#include "run/read_ahead.hpp"
 
 #include <sched.h>
 #include <signal.h>

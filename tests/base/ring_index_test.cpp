@@ -7,7 +7,7 @@
 #include <random>
 #include <vector>
 
-#include "model/ring_index.hpp"
+#include "base/ring_index.hpp"
 
 namespace {
 

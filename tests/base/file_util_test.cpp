@@ -2,7 +2,7 @@
 
 #include <ctime>
 
-#include "run/file_util.hpp"
+#include "base/file_util.hpp"
 #include "support/e2e.hpp"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "run/file_util.hpp"
+#include "base/file_util.hpp"
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -6,7 +6,7 @@
 #include <cstring>
 #include <ctime>
 
-#include "run/number.hpp"
+#include "base/number.hpp"
 
 namespace lm {
 

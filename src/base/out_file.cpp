@@ -1,4 +1,4 @@
-#include "output/out_file.hpp"
+#include "base/out_file.hpp"
 
 #include <cerrno>
 #include <cstdarg>
@@ -7,7 +7,7 @@
 #include <string>
 
 #include "run/exit.hpp"
-#include "run/file_util.hpp"
+#include "base/file_util.hpp"
 #include "run/shut_down.hpp"
 
 namespace lm {

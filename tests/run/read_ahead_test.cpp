@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "packet/read_ahead.hpp"
+#include "run/read_ahead.hpp"
 #include "pktkit/packet_builder.hpp"
 #include "support/e2e.hpp"
 
