@@ -6,10 +6,8 @@
 #include <cstdlib>
 #include <string>
 
+#include "base/exit.hpp"
 #include "config/ini.hpp"
-#include "run/exit.hpp"
-#include "run/globals.hpp"
-#include "base/text.hpp"
 
 namespace {
 std::string g_path;
@@ -30,24 +28,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (!f) std::abort();
   std::fwrite(data, 1, size, f);
   std::fclose(f);
-  lm::set_text(lm::G.FileIni, g_path);
-  lm::UNIT_T unit;
-  unit.unit_id = 0x0A2B;
+  lm::UnitMeta unit;
   unit.ini_last = -1;
-  lm::Evt evt;
-  evt.unit = &unit;
   try {
-    lm::Unit_ini(&unit);
+    lm::Unit_ini(unit, 0x0A2B, g_path.c_str());
     for (std::uint16_t n : {0, 1, 165}) {
-      lm::CHNLST_T chn;
-      chn.unit = &unit;
-      chn.evt = &evt;
-      chn.channel = n;
-      lm::Chn_ini(&chn);
+      lm::ChnMeta chn;
+      lm::Chn_ini(chn, n, unit, 0x0A2B, g_path.c_str());
     }
   } catch (const lm::RunExit&) {
     // A reader may end the run with a status; that is a clean end, not a finding.
   }
-  lm::run_ending_reset();
   return 0;
 }

@@ -6,9 +6,8 @@
 #include <new>
 #include <string>
 
-#include "run/exit.hpp"
+#include "base/exit.hpp"
 #include "base/file_util.hpp"
-#include "run/shut_down.hpp"
 
 namespace lm {
 
@@ -54,12 +53,16 @@ bool OutFile::open(const char* path, const char* mode) {
 void OutFile::close() {
   if (!fp_) return;
   flush();
-  if (!fp_) return;  // the flush failed while the run is ending
   std::FILE* fp = fp_;
   fp_ = nullptr;
   if (std::fclose(fp) != 0) fail();
   give_back(buf_);
   buf_ = nullptr;
+}
+
+void OutFile::close_quietly() {
+  if (fp_ && len_ > 0) std::fwrite(buf_, 1, len_, fp_);
+  drop();
 }
 
 void OutFile::drop() {
@@ -73,7 +76,7 @@ void OutFile::drop() {
 void OutFile::fail() {
   const char* path = path_;
   drop();
-  if (!run_ending()) shut_down(22, path);
+  shut_down(22, path);
 }
 
 void OutFile::flush() {

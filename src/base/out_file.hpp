@@ -9,7 +9,7 @@ namespace lm {
 // packet's sample lines are copied into in one piece. The buffer is flushed before every close, rewind, re-open
 // or read, so the bytes on disk are exactly those written, in order. A buffer exists only while
 // its file is open (taken from a small pool), so memory follows the number of open files. Every
-// write, flush, seek and close is checked: the first failure ends the run with the write error.
+// write, flush, seek and close is checked: a failure ends the run with the write error.
 class OutFile {
  public:
   static constexpr std::size_t kCapacity = 32 * 1024;
@@ -17,10 +17,7 @@ class OutFile {
   OutFile() = default;
   // A file still open when its record goes (a run that ended early) keeps what was written to it,
   // as the process exit would flush it; a failure here has nobody left to report to.
-  ~OutFile() {
-    if (fp_ && len_ > 0) std::fwrite(buf_, 1, len_, fp_);
-    drop();
-  }
+  ~OutFile() { close_quietly(); }
   OutFile(const OutFile&) = delete;
   OutFile& operator=(const OutFile&) = delete;
 
@@ -28,6 +25,9 @@ class OutFile {
   // `path` names the file in error messages and must outlive the open file.
   bool open(const char* path, const char* mode);
   void close();
+  // Writes out what is buffered and closes without checking: for a run that is ending already,
+  // whose first failure has been reported.
+  void close_quietly();
   bool is_open() const { return fp_ != nullptr; }
   explicit operator bool() const { return fp_ != nullptr; }
 
@@ -52,7 +52,7 @@ class OutFile {
  private:
   // Closes without checking and gives the buffer back: for destruction and for a failed file.
   void drop();
-  // A write, flush, seek or close failed: the file is dropped and the run ends, unless it is ending already.
+  // A write, flush, seek or close failed: the file is dropped and the run ends with the write error.
   void fail();
 
   std::FILE* fp_ = nullptr;

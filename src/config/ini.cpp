@@ -6,12 +6,10 @@
 #include <optional>
 #include <string_view>
 
-#include "config/tables.hpp"
-#include "model/channel.hpp"
 #include "base/file_util.hpp"
-#include "run/globals.hpp"
 #include "base/number.hpp"
 #include "base/text.hpp"
+#include "config/tables.hpp"
 
 namespace lm {
 namespace {
@@ -57,31 +55,31 @@ void text(char (&field)[N], std::string_view v, std::size_t max) {
   set_text(field, v.substr(0, max));
 }
 
-using UnitSetter = void (*)(UNIT_T&, std::string_view);
-void unit_none(UNIT_T&, std::string_view) {}  // matched, but the record has no field for it
+using UnitSetter = void (*)(UnitMeta&, std::string_view);
+void unit_none(UnitMeta&, std::string_view) {}  // matched, but nothing reads it
 
 // In the order of IniKeyUnit.
 constexpr UnitSetter kUnitSetters[] = {
     unit_none,                                                                         // DASType
-    [](UNIT_T& u, std::string_view v) { first(u.alt, double_or_0(v)); },               // Altitude
-    [](UNIT_T& u, std::string_view v) { first(u.lat, double_or_0(v)); },               // Latitude
-    [](UNIT_T& u, std::string_view v) { first(u.lon, double_or_0(v)); },               // Longitude
+    [](UnitMeta& u, std::string_view v) { first(u.alt, double_or_0(v)); },               // Altitude
+    [](UnitMeta& u, std::string_view v) { first(u.lat, double_or_0(v)); },               // Latitude
+    [](UnitMeta& u, std::string_view v) { first(u.lon, double_or_0(v)); },               // Longitude
     unit_none,                                                                         // Network
-    unit_none,                                                                         // NetSEED
-    [](UNIT_T& u, std::string_view v) { text(u.station, v, 5); },                      // Station
-    [](UNIT_T& u, std::string_view v) { first(u.orientation, as_int<std::uint16_t>(v)); },  // Orientation
-    [](UNIT_T& u, std::string_view v) { first(u.das_cnt, as_int<std::uint16_t>(v)); },      // StatDASCnt
-    [](UNIT_T& u, std::string_view v) { first(u.chn_cnt, as_int<std::uint16_t>(v)); },      // StatChnCnt
-    [](UNIT_T& u, std::string_view v) { text(u.geology, v, 40); },                     // CosGeology
+    [](UnitMeta& u, std::string_view v) { text(u.net_seed, v, 2); },                   // NetSEED
+    [](UnitMeta& u, std::string_view v) { text(u.station, v, 5); },                      // Station
+    [](UnitMeta& u, std::string_view v) { first(u.orientation, as_int<std::uint16_t>(v)); },  // Orientation
+    [](UnitMeta& u, std::string_view v) { first(u.das_cnt, as_int<std::uint16_t>(v)); },      // StatDASCnt
+    [](UnitMeta& u, std::string_view v) { first(u.chn_cnt, as_int<std::uint16_t>(v)); },      // StatChnCnt
+    [](UnitMeta& u, std::string_view v) { text(u.geology, v, 40); },                     // CosGeology
     unit_none,                                                                         // CosNet
-    [](UNIT_T& u, std::string_view v) { u.stn_type = as_int<std::uint16_t>(v); },      // CosStn
+    [](UnitMeta& u, std::string_view v) { u.stn_type = as_int<std::uint16_t>(v); },      // CosStn
 };
 static_assert(std::size(kUnitSetters) + 1 == std::size(IniKeyUnit));
 
 // The sensor row of the channel's make and model, with its constants for the fields still 0, unless
 // a known sensor was identified already.
-void lookup_sensor(CHNLST_T& c) {
-  const std::uint16_t row = Sensor_find(&c);
+void lookup_sensor(ChnMeta& c) {
+  const std::uint16_t row = Sensor_find(c.make, c.model);
   if (c.sensor_ndx != 0 && c.sensor_ndx != kSensorUnknown) return;
   const SensorInfo* s = sensor_row(row);
   if (!s) return;
@@ -92,39 +90,39 @@ void lookup_sensor(CHNLST_T& c) {
   first(c.sns_fsa, s->fsa);
 }
 
-using ChnSetter = void (*)(CHNLST_T&, std::string_view);
-void chn_none(CHNLST_T&, std::string_view) {}  // matched, but the record has no field for it
+using ChnSetter = void (*)(ChnMeta&, std::string_view);
+void chn_none(ChnMeta&, std::string_view) {}  // matched, but nothing reads it
 
 // In the order of IniKeyChn.
 constexpr ChnSetter kChnSetters[] = {
-    [](CHNLST_T& c, std::string_view v) { c.chn_fsa = double_or_0(v); },                  // ChnFSA
-    [](CHNLST_T& c, std::string_view v) { c.bits = as_int<std::uint8_t>(v); },            // ChnRes
-    [](CHNLST_T& c, std::string_view v) { c.band = v.empty() ? '\0' : v[0]; },            // ChnBand
-    [](CHNLST_T& c, std::string_view v) { c.type = v.empty() ? '\0' : upper(v[0]); },     // ChnType
-    [](CHNLST_T& c, std::string_view v) { c.axis = v.empty() ? '\0' : v[0]; },            // ChnAxis
-    [](CHNLST_T& c, std::string_view v) {                                                 // ChnSnsMake
+    [](ChnMeta& c, std::string_view v) { c.chn_fsa = double_or_0(v); },                  // ChnFSA
+    [](ChnMeta& c, std::string_view v) { c.bits = as_int<std::uint8_t>(v); },            // ChnRes
+    [](ChnMeta& c, std::string_view v) { c.band = v.empty() ? '\0' : v[0]; },            // ChnBand
+    [](ChnMeta& c, std::string_view v) { c.type = v.empty() ? '\0' : upper(v[0]); },     // ChnType
+    [](ChnMeta& c, std::string_view v) { c.axis = v.empty() ? '\0' : v[0]; },            // ChnAxis
+    [](ChnMeta& c, std::string_view v) {                                                 // ChnSnsMake
       if (c.make[0] == '\0') text(c.make, v, 30);
     },
-    [](CHNLST_T& c, std::string_view v) {                                                 // ChnSnsModel
+    [](ChnMeta& c, std::string_view v) {                                                 // ChnSnsModel
       text(c.model, v, 14);
       lookup_sensor(c);
     },
-    [](CHNLST_T& c, std::string_view v) { c.sn = as_int<std::uint32_t>(v); },             // ChnSnsSN
-    [](CHNLST_T& c, std::string_view v) { first(c.sns_fsa, double_or_0(v)); },            // ChnSnsFSA
-    [](CHNLST_T& c, std::string_view v) { first(c.vpu, double_or_0(v)); },                // ChnSnsVPU
-    [](CHNLST_T& c, std::string_view v) { first(c.freq, double_or_0(v)); },               // ChnSnsFreq
-    [](CHNLST_T& c, std::string_view v) { first(c.damp, double_or_0(v)); },               // ChnSnsDamp
+    [](ChnMeta& c, std::string_view v) { c.sn = as_int<std::uint32_t>(v); },             // ChnSnsSN
+    [](ChnMeta& c, std::string_view v) { first(c.sns_fsa, double_or_0(v)); },            // ChnSnsFSA
+    [](ChnMeta& c, std::string_view v) { first(c.vpu, double_or_0(v)); },                // ChnSnsVPU
+    [](ChnMeta& c, std::string_view v) { first(c.freq, double_or_0(v)); },               // ChnSnsFreq
+    [](ChnMeta& c, std::string_view v) { first(c.damp, double_or_0(v)); },               // ChnSnsDamp
     chn_none,                                                                             // ChnLat
     chn_none,                                                                             // ChnLon
     chn_none,                                                                             // ChnAlt
-    [](CHNLST_T& c, std::string_view v) { c.azimuth = as_int<std::uint16_t>(v); },        // ChnAzm
-    [](CHNLST_T& c, std::string_view v) { c.depth = double_or_0(v); },                    // ChnDepth
-    [](CHNLST_T& c, std::string_view v) { c.dip = as_int<std::int16_t>(v); },             // ChnDip
+    [](ChnMeta& c, std::string_view v) { c.azimuth = as_int<std::uint16_t>(v); },        // ChnAzm
+    [](ChnMeta& c, std::string_view v) { c.depth = double_or_0(v); },                    // ChnDepth
+    [](ChnMeta& c, std::string_view v) { c.dip = as_int<std::int16_t>(v); },             // ChnDip
     chn_none,                                                                             // ChnNZNP
     chn_none,                                                                             // ChnZero
     chn_none,                                                                             // ChnPole
     chn_none,                                                                             // ChnNorm
-    [](CHNLST_T& c, std::string_view v) { text(c.seiscomp, v, 4); },                      // ChnSeisComp
+    [](ChnMeta& c, std::string_view v) { text(c.seiscomp, v, 4); },                      // ChnSeisComp
     chn_none,                                                                             // ChnStnChn
 };
 static_assert(std::size(kChnSetters) + 1 == std::size(IniKeyChn));
@@ -137,7 +135,7 @@ int key_of(std::string_view text, const char (&keys)[N][kIniKeyLen], std::size_t
   return -1;
 }
 
-void unit_line(UNIT_T& unit, std::string_view line) {
+void unit_line(UnitMeta& unit, std::string_view line) {
   const int key = key_of(line, IniKeyUnit, 0);
   if (key < 0) return;
   if (const auto v = value_of(line)) kUnitSetters[key](unit, *v);
@@ -145,7 +143,7 @@ void unit_line(UNIT_T& unit, std::string_view line) {
 
 // "Ch", the channel number (one or two digits counted from 1, or a letter: code - 55), the key's
 // suffix after "Chn", "=" and the value.
-void chn_line(CHNLST_T& chn, std::string_view line) {
+void chn_line(ChnMeta& chn, std::uint16_t channel, std::string_view line) {
   if (line.size() < 3 || !starts_nocase(line, "ch")) return;
   const char c = line[2];
   std::uint16_t n;
@@ -159,7 +157,7 @@ void chn_line(CHNLST_T& chn, std::string_view line) {
   } else {
     n = static_cast<std::uint16_t>(static_cast<unsigned char>(c) - 55);
   }
-  if (static_cast<std::uint16_t>(n - 1) != chn.channel) return;
+  if (static_cast<std::uint16_t>(n - 1) != channel) return;
   const int key = key_of(line.substr(suffix), IniKeyChn, 3);
   if (key < 0) return;
   if (const auto v = value_of(line)) kChnSetters[key](chn, *v);
@@ -168,17 +166,17 @@ void chn_line(CHNLST_T& chn, std::string_view line) {
 // Reads the unit's section, handing each of its lines to `take`. The header's offset is kept in
 // ini_first so later reads start there; with `keep_end` the offset where reading stopped goes to ini_last.
 template <class Take>
-void read_section(UNIT_T& unit, std::uint16_t unit_id, bool keep_end, Take take) {
-  if (!fexist(G.FileIni)) return;
-  std::FILE* f = fopen_lm(G.FileIni, "r");
+void read_section(UnitMeta& unit, std::uint16_t unit_id, const char* path, bool keep_end, Take take) {
+  if (!fexist(path)) return;
+  std::FILE* f = fopen_lm(path, "r");
   if (!f) {
-    std::printf("\nWARNING: Unable to open the INI file %s", G.FileIni);
+    std::printf("\nWARNING: Unable to open the INI file %s", path);
     return;
   }
   char tag[8];
   std::snprintf(tag, sizeof tag, "[%04hX]", unit_id);
   if (std::fseek(f, unit.ini_first, SEEK_SET) != 0) {
-    std::printf("\nWARNING: Unable to set position within the INI file %s", G.FileIni);
+    std::printf("\nWARNING: Unable to set position within the INI file %s", path);
     std::fclose(f);
     return;
   }
@@ -204,13 +202,12 @@ void read_section(UNIT_T& unit, std::uint16_t unit_id, bool keep_end, Take take)
 
 }  // namespace
 
-void Unit_ini(UNIT_T* unit) {
-  read_section(*unit, unit->unit_id, true, [unit](std::string_view line) { unit_line(*unit, line); });
+void Unit_ini(UnitMeta& unit, std::uint16_t unit_id, const char* path) {
+  read_section(unit, unit_id, path, true, [&unit](std::string_view line) { unit_line(unit, line); });
 }
 
-void Chn_ini(CHNLST_T* chn) {
-  if (!chn->unit) return;
-  read_section(*chn->unit, chn->unit_id, false, [chn](std::string_view line) { chn_line(*chn, line); });
+void Chn_ini(ChnMeta& chn, std::uint16_t channel, UnitMeta& unit, std::uint16_t unit_id, const char* path) {
+  read_section(unit, unit_id, path, false, [&](std::string_view line) { chn_line(chn, channel, line); });
 }
 
 }  // namespace lm

@@ -1,11 +1,50 @@
 #pragma once
-#include "model/records.hpp"
+// The INI reader: a unit's section and its channel keys into plain metadata values. It knows no
+// program's records: the converter's unit and channel records are built on these structs, and
+// other programs read the same file through the same calls.
+#include <cstdint>
 
 namespace lm {
 
-// The unit's values from its INI section.
-void Unit_ini(UNIT_T* unit);
-// The channel's values from its unit's INI section.
-void Chn_ini(CHNLST_T* chn);
+// What a unit's section gives, and where that section lies in the file.
+struct UnitMeta {
+  std::int32_t ini_first = 0;  // offset of the section's header once found; later reads start there
+  std::int32_t ini_last = 0;   // offset where the unit's own read stopped
+  std::uint16_t orientation = 0;
+  double lat = 0, lon = 0, alt = 0;
+  std::uint16_t das_cnt = 0;
+  std::uint16_t chn_cnt = 0;
+  std::uint16_t stn_type = 0;
+  char station[6] = {};
+  char geology[41] = {};
+  char net_seed[3] = {};  // the SEED network code
+};
+
+// What a channel's keys give. Fields that only the first line sets keep a value already there.
+struct ChnMeta {
+  char seiscomp[5] = {};
+  char make[31] = {};
+  char model[16] = {};
+  std::uint32_t sn = 0;
+  std::uint8_t bits = 0;
+  char band = 0;
+  char type = 0;
+  char axis = 0;
+  std::uint16_t sensor_ndx = 0;
+  std::uint16_t vpu_ndx = 0;
+  double freq = 0;
+  double damp = 0;
+  double sns_fsa = 0;
+  double vpu = 0;
+  double chn_fsa = 0;
+  double depth = 0;
+  std::uint16_t azimuth = 0;
+  std::int16_t dip = 0;
+};
+
+// The unit's values from its section of the INI file at `path` (a path that does not exist: none).
+void Unit_ini(UnitMeta& unit, std::uint16_t unit_id, const char* path);
+// The values of channel `channel` (0-based) from the same section, found from unit.ini_first on.
+void Chn_ini(ChnMeta& chn, std::uint16_t channel, UnitMeta& unit, std::uint16_t unit_id, const char* path);
 
 }  // namespace lm

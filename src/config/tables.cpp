@@ -1,5 +1,8 @@
 #include "config/tables.hpp"
 
+#include <strings.h>
+
+#include <cstring>
 #include <string_view>
 
 namespace lm {
@@ -31,4 +34,14 @@ static_assert(key_names_fit());
 static_assert(IniKeyUnit[13][0] == '\0' && IniKeyChn[24][0] == '\0', "key lists end with an empty slot");
 
 }  // namespace
+std::uint16_t Sensor_find(const char* make, const char* model) {
+  for (std::uint16_t i = 0; i < kSensorRows; ++i) {
+    const SensorInfo& row = Sensor[i];
+    if (strncasecmp(row.make, make, std::strlen(row.make)) == 0 &&
+        strncasecmp(row.model, model, std::strlen(row.model)) == 0)
+      return i;
+  }
+  return kSensorRows;
+}
+
 }  // namespace lm

@@ -109,4 +109,8 @@ inline const SensorInfo* sensor_row(std::uint16_t ndx) { return ndx < kSensorRow
 inline float gain_of(std::uint8_t ndx) { return ndx < kGainRows ? Gain_info[ndx] : 1.0f; }
 inline const char* measure_name(std::uint16_t ndx) { return ndx < kMeasureRows ? Measures[ndx].name : "???"; }
 
+// Row of the sensor catalogue whose make and model start the given texts (case ignored);
+// kSensorRows when none does.
+std::uint16_t Sensor_find(const char* make, const char* model);
+
 }  // namespace lm

@@ -9,7 +9,7 @@
 #include "packet/fields.hpp"
 #include "base/out_file.hpp"
 #include "base/dec_text.hpp"
-#include "run/globals.hpp"
+#include "model/settings.hpp"
 
 namespace lm {
 
@@ -29,55 +29,55 @@ bool has_extension(std::uint16_t code) {
 
 }  // namespace
 
-void settings_lines(void (*emit)(void* ctx, const char* line), void* ctx, const char* nl) {
+void settings_lines(const Settings& set, void (*emit)(void* ctx, const char* line), void* ctx, const char* nl) {
   char line[512];
   auto put = [&](const char* label, const char* value) {
     std::snprintf(line, sizeof line, "%s%s : %s", nl, label, value);
     emit(ctx, line);
   };
   char num[32];
-  std::snprintf(line, sizeof line, "%s%s     Input File : %s", nl, nl, G.FileIn);
+  std::snprintf(line, sizeof line, "%s%s     Input File : %s", nl, nl, set.FileIn);
   emit(ctx, line);
-  put("       INI File", G.FileIni);
-  put("  Original Path", G.DirOrg);
-  put("    Output Path", G.DirOut);
-  std::snprintf(num, sizeof num, "%u", unsigned{G.Path_option});
+  put("       INI File", set.FileIni);
+  put("  Original Path", set.DirOrg);
+  put("    Output Path", set.DirOut);
+  std::snprintf(num, sizeof num, "%u", unsigned{set.Path_option});
   put("    Path Option", num);
-  put("    Name Option", name_option_text(G.Name_option));
-  put("         Gather", yes_no(G.Flag_info.gather));
-  put("      trace Hdr", yes_no(G.Flag_info.trace_hdr));
-  put("     Log enable", yes_no(G.Log_on));
-  put("    Log DT Blks", yes_no(G.Log_dt));
-  put("       Log File", G.FileLog);
-  put("     QCC enable", yes_no(G.Qcc_on));
-  put("       QCC File", G.FileQcc);
-  std::snprintf(num, sizeof num, "%.4f", static_cast<double>(G.Smp_rate_cmd));
+  put("    Name Option", name_option_text(set.Name_option));
+  put("         Gather", yes_no(set.Flag_info.gather));
+  put("      trace Hdr", yes_no(set.Flag_info.trace_hdr));
+  put("     Log enable", yes_no(set.Log_on));
+  put("    Log DT Blks", yes_no(set.Log_dt));
+  put("       Log File", set.FileLog);
+  put("     QCC enable", yes_no(set.Qcc_on));
+  put("       QCC File", set.FileQcc);
+  std::snprintf(num, sizeof num, "%.4f", static_cast<double>(set.Smp_rate_cmd));
   put("    Sample Rate", num);
-  std::snprintf(num, sizeof num, "%lu", static_cast<unsigned long>(G.Smp_limit));
+  std::snprintf(num, sizeof num, "%lu", static_cast<unsigned long>(set.Smp_limit));
   put("    Max Samples", num);
-  std::snprintf(num, sizeof num, "%lu", static_cast<unsigned long>(G.Smp_skip));
+  std::snprintf(num, sizeof num, "%lu", static_cast<unsigned long>(set.Smp_skip));
   put("   Skip Samples", num);
 }
 
-void Log_fhdr(OutFile& stream) {
+void Log_fhdr(OutFile& stream, const Settings& set) {
   stream.printf("%s - Version %s", Program, Version);
   char when[32] = {};
-  if (!ctime_r(&G.Sys_time, when)) when[0] = '\0';
+  if (!ctime_r(&set.Sys_time, when)) when[0] = '\0';
   stream.printf("\r\nSystem time: %.24s", when);
-  settings_lines([](void* ctx, const char* line) { static_cast<OutFile*>(ctx)->write(line, std::strlen(line)); },
+  settings_lines(set, [](void* ctx, const char* line) { static_cast<OutFile*>(ctx)->write(line, std::strlen(line)); },
                  &stream, "\r\n");
-  stream.printf("\r\n   Command Line : %s", G.Cmd_line);
+  stream.printf("\r\n   Command Line : %s", set.Cmd_line);
   stream.write("\r\n\r\n");
 }
 
-void log_head(OutFile& stream, const std::uint8_t* packet, std::uint16_t code, int) {
+void log_head(OutFile& stream, const std::uint8_t* packet, std::uint16_t code, LineState& at) {
   // One line per packet: formatted by hand, the widths and paddings of its printf form kept.
   const HeaderDigits h(packet, true);
   namespace d = hdr::digit;
   char line[128];
   char* p = put_text_n(line, hdr::kType.ptr(packet), 2);
-  *p++ = G.sign == 0 ? ' ' : (G.sign < 0 ? '-' : '+');
-  G.sign = 0;
+  *p++ = at.sign == 0 ? ' ' : (at.sign < 0 ? '-' : '+');
+  at.sign = 0;
   static constexpr struct {
     int digit, width;
     char after;
@@ -106,7 +106,7 @@ void log_head(OutFile& stream, const std::uint8_t* packet, std::uint16_t code, i
     p = put_text(p, "                           ");
   }
   p = put_text(put_text_n(put_text(p, " N:"), h.at(d::kSequence), 4), " B:");
-  p = put_text(put_dec_min(p, G.Blk_cnt, 10), "\r\n");
+  p = put_text(put_dec_min(p, at.Blk_cnt, 10), "\r\n");
   stream.write(line, static_cast<std::size_t>(p - line));
 }
 

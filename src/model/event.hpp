@@ -5,13 +5,7 @@
 
 namespace lm {
 
-// The open event of an EH, ET or DT packet, created on first sight; the unit's current event.
-Evt* Evt_find(UNIT_T* unit, const std::uint8_t* packet);
 // Copies what an EH or ET packet says into the event and its unit.
 void Evt_info(Evt* evt, const std::uint8_t* packet);
-// Closes the trace files of all the event's channels (null event or no channels: nothing).
-void Evt_close_files(Evt* evt);
-// Completes the event's trace files, gathers them when asked, and frees the event and its channels.
-void Evt_remove(Evt* evt);
 
 }  // namespace lm

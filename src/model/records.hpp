@@ -1,11 +1,13 @@
 #pragma once
-// The unit, event and channel records and their rings.
+// The unit, event and channel records and their rings: data only. Finding, creating and removing
+// them, with the files that go with it, is the registry's work above the writers.
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
 
-#include "base/ring_index.hpp"
 #include "base/out_file.hpp"
+#include "base/ring_index.hpp"
+#include "config/ini.hpp"
 #include "packet/event_fields.hpp"
 
 namespace lm {
@@ -14,27 +16,19 @@ struct Evt;
 struct CHNLST_T;
 
 // A recorder unit, for the whole run. Only the current unit's files are open.
-struct UNIT_T {
+// Its INI values are those of UnitMeta.
+struct UNIT_T : UnitMeta {
   UNIT_T* prv = nullptr;
   UNIT_T* nxt = nullptr;
   Evt* evt = nullptr;        // current event, null when none is open
   RingIndex<Evt> evt_index;  // event number -> open event
   OutFile fd_log;            // packet log
   OutFile fd_qcc;            // statistics file
-  std::int32_t ini_first = 0;
-  std::int32_t ini_last = 0;
   std::uint16_t unit_id = 0;
-  std::uint16_t orientation = 0;
-  double lat = 0, lon = 0, alt = 0;
-  std::uint16_t das_cnt = 0;
-  std::uint16_t chn_cnt = 0;
-  std::uint16_t stn_type = 0;
   std::uint8_t log_open = 0;
   std::uint8_t qcc_open = 0;
   char log_name[133] = {};
   char qcc_name[133] = {};
-  char station[6] = {};
-  char geology[41] = {};
 };
 
 // Channel information of an event header for 16 channels: nine text columns, one spare byte each.
@@ -107,8 +101,8 @@ struct Evt {
   Evt();  // every column entry of both channel information blocks blank
 };
 
-// One channel of one event, with its trace file.
-struct CHNLST_T {
+// One channel of one event, with its trace file. Its sensor metadata are those of ChnMeta.
+struct CHNLST_T : ChnMeta {
   CHNLST_T* prv = nullptr;
   CHNLST_T* nxt = nullptr;
   Evt* evt = nullptr;
@@ -126,7 +120,6 @@ struct CHNLST_T {
   std::uint16_t seq = 0;
   std::uint16_t stream = 0;
   std::uint16_t channel = 0;
-  std::uint8_t bits = 0;
   std::uint8_t gain_ndx = 0;
   std::uint8_t file_open = 0;
   OutFile fp;                // trace file
@@ -134,25 +127,8 @@ struct CHNLST_T {
   char nxt_time[17] = {};
   char first_time[17] = {};
   char prv_time[17] = {};
-  char seiscomp[5] = {};
-  char make[31] = {};
-  char model[16] = {};
-  std::uint32_t sn = 0;
-  char band = 0;
-  char type = 0;
-  char axis = 0;
-  std::uint16_t sensor_ndx = 0;
-  std::uint16_t vpu_ndx = 0;
-  double freq = 0;
-  double damp = 0;
-  double sns_fsa = 0;
-  double vpu = 0;
   double tbw = 0;
-  double chn_fsa = 0;
   double lat = 0, lon = 0, alt = 0;
-  double depth = 0;
-  std::uint16_t azimuth = 0;
-  std::int16_t dip = 0;
   std::int32_t last = 0;     // last sample of the previous Steim packet, for the continuity check
   std::uint8_t rate_width = 0;  // width of the rate text in the trace file's first header, 0 before it
   std::uint8_t claimed = 0;  // this run created the (still empty) trace file; its first header is due

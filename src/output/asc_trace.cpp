@@ -8,7 +8,7 @@
 #include "config/tables.hpp"
 #include "decode/decoders.hpp"
 #include "base/dec_text.hpp"
-#include "run/globals.hpp"
+#include "model/settings.hpp"
 #include "time/time_str.hpp"
 
 namespace lm {
@@ -108,8 +108,8 @@ SampleText sample_text(char* out, const std::int32_t* v, std::uint32_t n) {
   return SampleText{start, static_cast<std::size_t>(out - start), st};
 }
 
-void Asc_dhdr_out(CHNLST_T* chn) {
-  if (!G.Flag_info.trace_hdr) return;
+void Asc_dhdr_out(CHNLST_T* chn, const Settings& set) {
+  if (!set.Flag_info.trace_hdr) return;
   const Evt& e = *chn->evt;
   OutFile& f = chn->fp;
   f.printf("$ChnID=%04X:%04u:%02u:%02u\r\n", unsigned{chn->unit_id}, unsigned{chn->evt_num},
@@ -131,7 +131,8 @@ void Asc_dhdr_out(CHNLST_T* chn) {
   f.printf("$LLA=%6.3f %6.3f %6.1f\r\n", chn->lat, chn->lon, chn->alt);
 }
 
-void Asc_data_out(CHNLST_T* chn, const std::int32_t* samples, std::uint16_t count, const SampleText* ahead) {
+void Asc_data_out(CHNLST_T* chn, const std::int32_t* samples, std::uint16_t count, std::uint32_t smp_limit,
+                  const SampleText* ahead) {
   // The samples come from a packet's sample buffer: never read past it, whatever the count says.
   if (count > kMaxSamples) count = kMaxSamples;
   std::uint32_t i = 0;
@@ -140,8 +141,8 @@ void Asc_data_out(CHNLST_T* chn, const std::int32_t* samples, std::uint16_t coun
     chn->trash -= i;
   }
   // A bad event's channels stand past the limit: nothing more is taken.
-  if (chn->cnt >= G.Smp_limit) return;
-  const std::uint32_t room = G.Smp_limit - chn->cnt;
+  if (chn->cnt >= smp_limit) return;
+  const std::uint32_t room = smp_limit - chn->cnt;
   const std::uint32_t end = i + (count - i < room ? count - i : room);
   if (i == end) return;
   const std::int32_t* const v = samples + i;
@@ -156,9 +157,9 @@ void Asc_data_out(CHNLST_T* chn, const std::int32_t* samples, std::uint16_t coun
   run.store(*chn);
 }
 
-void Asc_data_close(CHNLST_T* chn) {
+void Asc_data_close(CHNLST_T* chn, const Settings& set) {
   chn->fp.rewind();
-  Asc_dhdr_out(chn);
+  Asc_dhdr_out(chn, set);
 }
 
 }  // namespace lm

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "model/records.hpp"
+#include "model/settings.hpp"
 
 namespace lm {
 
@@ -29,11 +30,11 @@ struct SampleText {
 SampleText sample_text(char* out, const std::int32_t* v, std::uint32_t n);
 
 // The ten header lines of a trace file at the file's current position (when headers are on).
-void Asc_dhdr_out(CHNLST_T* chn);
+void Asc_dhdr_out(CHNLST_T* chn, const Settings& set);
 // The samples of one packet, with the skip (-T) and limit (-S) counts and the running statistics.
-void Asc_data_out(CHNLST_T* chn, const std::int32_t* samples, std::uint16_t count,
+void Asc_data_out(CHNLST_T* chn, const std::int32_t* samples, std::uint16_t count, std::uint32_t smp_limit,
                   const SampleText* ahead = nullptr);
 // Rewinds the trace file (opened "r+b") and writes the final header in place.
-void Asc_data_close(CHNLST_T* chn);
+void Asc_data_close(CHNLST_T* chn, const Settings& set);
 
 }  // namespace lm

@@ -8,10 +8,9 @@
 #include <cstring>
 #include <string_view>
 
-#include "run/exit.hpp"
+#include "base/exit.hpp"
 #include "base/file_util.hpp"
-#include "run/globals.hpp"
-#include "run/shut_down.hpp"
+#include "model/settings.hpp"
 #include "time/time_str.hpp"
 
 namespace lm {
@@ -28,8 +27,8 @@ std::size_t written(int n) { return n < 0 ? kPathRoom : static_cast<std::size_t>
 // Claims a trace file name by creating the file exclusively, so that two runs into one directory
 // never share a file. With a sample limit of 0 no file is made, so only its absence is tested.
 // An error other than an existing file leaves the name to the open that follows, which reports it.
-bool claim(const char* path, std::uint8_t& claimed) {
-  if (G.Smp_limit == 0) return !fexist(path);
+bool claim(const char* path, std::uint8_t& claimed, const Settings& set) {
+  if (set.Smp_limit == 0) return !fexist(path);
   const int fd = ::open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
   if (fd < 0) return errno != EEXIST;
   ::close(fd);
@@ -42,32 +41,33 @@ bool claim(const char* path, std::uint8_t& claimed) {
 
 // DirOut followed by the subdirectories of Path_option for the time string; the length written,
 // or cap or more when it did not fit.
-std::size_t out_dir(char* out, std::size_t cap, const char* time) {
+std::size_t out_dir(char* out, std::size_t cap, const char* time, const Settings& set) {
   const TimeText t(time);
   const char* s = Dir_sep;
   int n = -1;
-  switch (G.Path_option) {
-    case 1: n = std::snprintf(out, cap, "%s%4.4s_%3.3s%s", G.DirOut, t.year(), t.day(), s); break;
+  const char* const dir = set.DirOut;
+  switch (set.Path_option) {
+    case 1: n = std::snprintf(out, cap, "%s%4.4s_%3.3s%s", dir, t.year(), t.day(), s); break;
     case 2:
-      n = std::snprintf(out, cap, "%s%4.4s_%3.3s%s%2.2s%s", G.DirOut, t.year(), t.day(), s, t.hour(), s);
+      n = std::snprintf(out, cap, "%s%4.4s_%3.3s%s%2.2s%s", dir, t.year(), t.day(), s, t.hour(), s);
       break;
     case 3:
-      n = std::snprintf(out, cap, "%s%4.4s_%3.3s%s%2.2s_%2.2s%s", G.DirOut, t.year(), t.day(), s, t.hour(),
+      n = std::snprintf(out, cap, "%s%4.4s_%3.3s%s%2.2s_%2.2s%s", dir, t.year(), t.day(), s, t.hour(),
                         t.minute(), s);
       break;
     case 4:
-      n = std::snprintf(out, cap, "%s%4.4s_%3.3s%s%2.2s_%2.2s_%2.2s%s", G.DirOut, t.year(), t.day(), s, t.hour(),
+      n = std::snprintf(out, cap, "%s%4.4s_%3.3s%s%2.2s_%2.2s_%2.2s%s", dir, t.year(), t.day(), s, t.hour(),
                         t.minute(), t.second(), s);
       break;
-    default: n = std::snprintf(out, cap, "%s", G.DirOut); break;
+    default: n = std::snprintf(out, cap, "%s", dir); break;
   }
   return written(n);
 }
 
 // The five-character name part: station name or unit ID by Name_option.
-void name_part(const Evt& evt, char (&out)[6]) {
+void name_part(const Evt& evt, char (&out)[6], const Settings& set) {
   const std::string_view station(evt.stn_name, strnlen(evt.stn_name, sizeof evt.stn_name));
-  const bool use_station = G.Name_option == 2 || (G.Name_option == 0 && station != "     ");
+  const bool use_station = set.Name_option == 2 || (set.Name_option == 0 && station != "     ");
   if (!use_station) {
     std::snprintf(out, sizeof out, "%05hX", evt.unit_id);
     return;
@@ -91,11 +91,11 @@ std::size_t trace_base(char* out, std::size_t cap, const char* time, const char*
 
 }  // namespace
 
-void Asc_chn_name(CHNLST_T* chn, const char* time) {
+void Asc_chn_name(CHNLST_T* chn, const char* time, const Settings& set) {
   char path[kPathRoom];
-  const std::size_t dir_len = out_dir(path, sizeof path, time);
+  const std::size_t dir_len = out_dir(path, sizeof path, time, set);
   char name[6];
-  name_part(*chn->evt, name);
+  name_part(*chn->evt, name, set);
   std::size_t len = dir_len;
   if (dir_len < sizeof path) {
     len += trace_base(path + dir_len, sizeof path - dir_len, time, name, chn->stream, chn->channel);
@@ -112,21 +112,21 @@ void Asc_chn_name(CHNLST_T* chn, const char* time) {
   char* const letter = path + dir_len + kUniquePos;
   for (int variant = -1; variant < 24; ++variant) {
     if (variant >= 0) *letter = Spec_char[variant];
-    if (claim(path, chn->claimed)) {
+    if (claim(path, chn->claimed, set)) {
       std::memcpy(chn->name, path, len + 1);
       return;
     }
   }
-  end_run(23, CloseFiles::yes, "\n\nERROR!!!!!\n   Unable to create an unique filename.");
+  fatal(ending::kNoUniqueName);
 }
 
-const char* Asc_evt_name(Evt* evt) {
+const char* Asc_evt_name(Evt* evt, const Settings& set) {
   evt->evt_file_name[0] = '\0';
   char path[kPathRoom];
-  std::size_t len = out_dir(path, sizeof path, evt->smp_time_1st);
+  std::size_t len = out_dir(path, sizeof path, evt->smp_time_1st, set);
   if (len < sizeof path) {
     char name[6];
-    name_part(*evt, name);
+    name_part(*evt, name, set);
     const TimeText stamp(evt->smp_time_1st);
     len += written(std::snprintf(path + len, sizeof path - len, "%s_%s_%1u%s", stamp.text(), name,
                                  unsigned{evt->strm} + 1u, Fn_ext_evt));

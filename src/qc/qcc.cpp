@@ -3,12 +3,10 @@
 #include <cmath>
 #include <cstdio>
 
-#include "log/log_file.hpp"
-#include "model/unit.hpp"
 #include "base/out_file.hpp"
+#include "log/log_file.hpp"
 #include "packet/codes.hpp"
 #include "packet/fields.hpp"
-#include "run/globals.hpp"
 
 namespace lm {
 namespace {
@@ -20,7 +18,7 @@ constexpr char kFewZeros[] = " 00000000.0000 00000000.0000 00000000.0000 0000000
 constexpr char kNoneZeros[] = " 0000000.0000 0000000.0000 0000000.0000 0000000.0000 0000000.0000";
 
 // One channel's line, in the unit file and the run file.
-void write_channel(UNIT_T* unit, const CHNLST_T& c) {
+void write_channel(UNIT_T* unit, const CHNLST_T& c, OutFile& run_qcc) {
   char values[160];
   if (c.cnt > 1) {
     const QccValues q = Qcc_values(c);
@@ -31,13 +29,13 @@ void write_channel(UNIT_T* unit, const CHNLST_T& c) {
   }
   const unsigned n = c.channel;
   unit->fd_qcc.printf("\r\n   Channel %2u:%s", n, values);
-  G.FdQcc.printf("\r\n   %04hX    %2u:%s", unit->unit_id, n, values);
+  run_qcc.printf("\r\n   %04hX    %2u:%s", unit->unit_id, n, values);
 }
 
 // The ET packet's summary line, or the note that the event ended without one.
-void write_ending(UNIT_T* unit, const Evt* evt, const std::uint8_t* packet) {
+void write_ending(UNIT_T* unit, const Evt* evt, const std::uint8_t* packet, LineState& at) {
   if (hdr::kType.view(packet) == "ET") {
-    log_head(unit->fd_qcc, packet, kET, 0);
+    log_head(unit->fd_qcc, packet, kET, at);
     return;
   }
   std::printf("\nNo ET block for U:%04hX E:%04u", evt->unit_id, unsigned{evt->evt});
@@ -69,40 +67,33 @@ void Qcc_init(CHNLST_T* chn) {
   chn->max_at = 0;
 }
 
-void Qcc_fhdr(OutFile& stream) {
-  Log_fhdr(stream);
+void Qcc_fhdr(OutFile& stream, const Settings& set) {
+  Log_fhdr(stream, set);
   stream.write("\r\n\r\n");
 }
 
-void Qcc_store(UNIT_T* unit, Evt* evt, const std::uint8_t* packet) {
-  // At the end of the input every unit's events are written, and only the current unit's file is open.
-  const bool reopen = unit->qcc_open != 1;
-  if (reopen) {
-    open_file(unit->fd_qcc, unit->qcc_name, packet);
-    unit->qcc_open = 1;
-  }
-  write_ending(unit, evt, packet);
+void Qcc_store(UNIT_T* unit, Evt* evt, const std::uint8_t* packet, OutFile& run_qcc, LineState& at) {
+  write_ending(unit, evt, packet, at);
   unit->fd_qcc.write(kHeads);
   if (!evt->chn || evt->bad) {
     unit->fd_qcc.printf("\r\n   Channel ---%s\r\n\r\n", kNoneZeros);
-    G.FdQcc.printf("\r\n   %04hX    ---%s", unit->unit_id, kNoneZeros);
+    run_qcc.printf("\r\n   %04hX    ---%s", unit->unit_id, kNoneZeros);
   } else {
     CHNLST_T* const start = first_channel(evt);
     CHNLST_T* c = start;
     do {
-      write_channel(unit, *c);
+      write_channel(unit, *c, run_qcc);
       if (c->cnt > 1) Qcc_init(c);
       c = c->nxt;
     } while (c && c != start);
     unit->fd_qcc.write("\r\n\r\n");
   }
-  if (reopen && unit != G.unit_start) Unit_file_close(unit, kQcc);
 }
 
-void Qcc_nh_head(const std::uint8_t* packet) {
-  G.FdQcc.write("\r\n\r\n");
-  log_head(G.FdQcc, packet, kNH, 0);
-  G.FdQcc.write(kHeads);
+void Qcc_nh_head(OutFile& run_qcc, const std::uint8_t* packet, LineState& at) {
+  run_qcc.write("\r\n\r\n");
+  log_head(run_qcc, packet, kNH, at);
+  run_qcc.write(kHeads);
 }
 
 }  // namespace lm

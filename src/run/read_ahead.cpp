@@ -9,10 +9,9 @@
 #include <span>
 #include <system_error>
 
+#include "base/exit.hpp"
 #include "packet/codes.hpp"
-#include "run/globals.hpp"
 #include "run/interrupt.hpp"
-#include "run/shut_down.hpp"
 
 namespace lm {
 
@@ -60,7 +59,7 @@ struct ReadAhead::Batch {
   char text[kBatch * kMaxSamples * kSampleLineMax];
 };
 
-ReadAhead::ReadAhead(std::FILE* in) : in_(in) {
+ReadAhead::ReadAhead(std::FILE* in, const char* path) : in_(in), path_(path) {
   // Not value-initialised: only the parts in use are ever touched.
   for (auto& b : batch_) b.reset(new Batch);
   // On a single processor the two would only take turns, and waiting for each other would cost.
@@ -145,7 +144,7 @@ std::uint16_t ReadAhead::Blk_read(std::uint8_t* buffer) {
     if (b.bytes < kBatch * kPacketSize) {
       std::memcpy(buffer, b.packets[pos_], b.bytes % kPacketSize);
       // A read cut short by an interrupt is the end of the input, not a read error.
-      if (b.read_error && !interrupted()) shut_down(21, G.FileIn);
+      if (b.read_error && !interrupted()) shut_down(21, path_);
       return kBlkEnd;
     }
     // This batch is done: it takes the next one to read, which the helper prepares while the loop

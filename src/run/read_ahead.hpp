@@ -29,7 +29,8 @@ class ReadAhead {
   static constexpr std::size_t kBatch = 32;  // packets
   static constexpr std::size_t kSlots = 4;   // batches: one being converted, the others read ahead
 
-  explicit ReadAhead(std::FILE* in);
+  // `path` names the input in the read error.
+  ReadAhead(std::FILE* in, const char* path);
   ~ReadAhead();
   ReadAhead(const ReadAhead&) = delete;
   ReadAhead& operator=(const ReadAhead&) = delete;
@@ -49,6 +50,7 @@ class ReadAhead {
   void wait_ready(Batch& b);
 
   std::FILE* in_;
+  const char* path_;
   std::unique_ptr<Batch> batch_[kSlots];
   std::size_t cur_ = 0;
   bool last_full_ = false;  // the latest batch read was whole: there may be more

@@ -3,10 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <cstring>
 #include <string>
 #include <vector>
 
+#include "config/tables.hpp"
 #include "model/channel.hpp"
 #include "model/event.hpp"
 #include "pktkit/packet_builder.hpp"
@@ -63,12 +63,7 @@ TEST(SensorFind, FirstRowWhoseTextsArePrefixes) {
   const struct { const char *make, *model; std::uint16_t row; } cases[] = {
       {"guralp", "cmg-40t", 31}, {"Lum", "VXA-440/T", 20}, {"Mark Products", "", 41}, {"", "FBA-1", 41},
       {"-------", "-------", 0}};
-  for (const auto& c : cases) {
-    CHNLST_T chn;
-    std::strcpy(chn.make, c.make);
-    std::strcpy(chn.model, c.model);
-    EXPECT_EQ(Sensor_find(&chn), c.row) << c.make << "/" << c.model;
-  }
+  for (const auto& c : cases) EXPECT_EQ(Sensor_find(c.make, c.model), c.row) << c.make << "/" << c.model;
 }
 
 }  // namespace

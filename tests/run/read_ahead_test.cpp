@@ -42,7 +42,7 @@ TEST(ReadAhead, EveryPacketInOrderAcrossBatchesThenTheCutOne) {
       std::FILE* in = std::fopen((tmp / "in.pkt").c_str(), "rb");
       std::uint8_t buf[1024];
       {
-        lm::ReadAhead input(in);
+        lm::ReadAhead input(in, "in.pkt");
         for (unsigned k = 0; k < n; ++k) {
           ASSERT_EQ(input.Blk_read(buf), 0) << n << " packets, at " << k;
           ASSERT_EQ(Packet(std::to_array(buf)), pkts[k]) << n << " packets, at " << k;

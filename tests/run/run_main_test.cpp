@@ -4,10 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "base/exit.hpp"
 #include "run/cli.hpp"
-#include "run/exit.hpp"
-#include "run/globals.hpp"
-#include "run/shut_down.hpp"
 #include "support/e2e.hpp"
 
 namespace {
@@ -35,9 +33,6 @@ TEST(RunMain, StatusesComeBackAndSettingsStartFresh) {
   EXPECT_EQ(run_in_process({in, tmp.str(), "-LN"}, &out), 0);
   EXPECT_NE(out.find("Max Samples : 4294967295"), std::string::npos) << "an earlier run's -S leaked";
   EXPECT_NE(out.find("Skip Samples : 0"), std::string::npos);
-  EXPECT_EQ(lm::G.unit_start, nullptr);
-  EXPECT_EQ(lm::G.FdIn, nullptr);
-  EXPECT_FALSE(lm::G.FdLog.is_open());
   EXPECT_EQ(run_in_process({in, tmp.str()}), 0);
   EXPECT_TRUE(e2e::exists(tmp / "in.lml"));
 }
@@ -54,12 +49,12 @@ TEST(ShutDown, MessagesAndStatuses) {
       {136, "ignored", "\nSCSI WRITE error"},
   };
   for (const auto& c : cases) {
-    lm::reset_globals();
     testing::internal::CaptureStdout();
     int status = -1;
     try {
       lm::shut_down(c.code, c.text);
     } catch (const lm::RunExit& e) {
+      e.print();
       status = e.status;
     }
     EXPECT_EQ(testing::internal::GetCapturedStdout(), c.want);

@@ -6,13 +6,14 @@
 #include <utility>
 #include <vector>
 
-#include "model/channel.hpp"
-#include "model/event.hpp"
+#include <memory>
+
 #include "base/ring.hpp"
-#include "model/unit.hpp"
-#include "pktkit/packet_builder.hpp"
-#include "run/globals.hpp"
 #include "base/text.hpp"
+#include "pktkit/packet_builder.hpp"
+#include "registry/channels.hpp"
+#include "registry/events.hpp"
+#include "registry/units.hpp"
 #include "support/e2e.hpp"
 
 namespace {
@@ -37,25 +38,28 @@ std::vector<unsigned> ring_ids(T* from) {
 class Registry : public testing::Test {
  protected:
   void SetUp() override { restart(0); }
-  void TearDown() override { reset_globals(); }
   // A fresh run that has met unit 0042; its files go to the temporary directory.
   void restart(std::uint16_t log) {
-    reset_globals();
+    run.reset();
     std::filesystem::remove(tmp / "ID0042.lml");
-    ASSERT_TRUE(set_text(G.DirOut, tmp.str() + "/"));
-    G.Log_on = log;
-    unit = Unit_find(dt(0, 0).data());
+    set = Settings{};
+    ASSERT_TRUE(set_text(set.DirOut, tmp.str() + "/"));
+    set.Log_on = log;
+    run = std::make_unique<lm::Run>(set);
+    unit = Unit_find(*run, dt(0, 0).data());
   }
-  Evt* find(unsigned event, unsigned seq = 0) { return Evt_find(unit, dt(event, seq).data()); }
+  Evt* find(unsigned event, unsigned seq = 0) { return Evt_find(*run, unit, dt(event, seq).data()); }
   e2e::TempDir tmp;
+  Settings set;
+  std::unique_ptr<lm::Run> run;
   UNIT_T* unit = nullptr;
 };
 
 // A new unit or event goes right after the cursor, one met again becomes the cursor, and a removed
 // event leaves its predecessor current, or none when it was alone. Rings are listed from the cursor.
 TEST_F(Registry, RingsAndSequenceCheck) {
-  for (std::uint16_t id : {0xA, 0xB, 0xC, 0xB, 0xD}) EXPECT_EQ(Unit_find(sh(id).data()), G.unit_start);
-  EXPECT_EQ(ring_ids(G.unit_start), (std::vector<unsigned>{0xD, 0xC, 0x42, 0xA, 0xB}));
+  for (std::uint16_t id : {0xA, 0xB, 0xC, 0xB, 0xD}) EXPECT_EQ(Unit_find(*run, sh(id).data()), run->unit_start);
+  EXPECT_EQ(ring_ids(run->unit_start), (std::vector<unsigned>{0xD, 0xC, 0x42, 0xA, 0xB}));
   const auto line = [](int seq, int event) {
     return "\nBlock sequence # " + std::to_string(seq) + " is out of sequence in Event #" + std::to_string(event) +
            "\n\n";
@@ -72,7 +76,7 @@ TEST_F(Registry, RingsAndSequenceCheck) {
     restart(1);
     for (const auto& [event, seq] : c.packets) EXPECT_EQ(find(event, seq), unit->evt);
     EXPECT_EQ(ring_ids(unit->evt), c.ring);
-    Evt_remove(unit->evt);
+    Evt_remove(*run, unit->evt);
     EXPECT_EQ(ring_ids(unit->evt), c.after_removal);
     unit->fd_log.close();
     EXPECT_EQ(e2e::log_body(e2e::read_file(tmp / "ID0042.lml")), c.logged);
@@ -83,13 +87,13 @@ TEST_F(Registry, OnlyTheCurrentEventOfTheCurrentUnitKeepsTraceFilesOpen) {
   for (std::uint16_t log : {0, 1}) {
     restart(log);
     Evt* a = find(1);
-    Chn_find(a, dt(1, 0, 0).data());
-    Chn_find(a, dt(1, 0, 1).data());
+    Chn_find(*run, a, dt(1, 0, 0).data());
+    Chn_find(*run, a, dt(1, 0, 1).data());
     EXPECT_EQ(find(1), a);  // same event: files stay open
-    EXPECT_EQ(G.N_opn_fls, 2);
-    CHNLST_T* b0 = Chn_find(find(2), dt(2, 0, 0).data());
-    EXPECT_EQ(G.N_opn_fls, 1);
-    Unit_find(sh(0x0777).data());  // another unit, whatever the log switch
+    EXPECT_EQ(run->N_opn_fls, 2);
+    CHNLST_T* b0 = Chn_find(*run, find(2), dt(2, 0, 0).data());
+    EXPECT_EQ(run->N_opn_fls, 1);
+    Unit_find(*run, sh(0x0777).data());  // another unit, whatever the log switch
     EXPECT_FALSE(b0->fp.is_open()) << "log " << log;
     EXPECT_EQ(ring_ids(a), (std::vector<unsigned>{1, 2})) << "the events stay open";
   }
@@ -98,13 +102,13 @@ TEST_F(Registry, OnlyTheCurrentEventOfTheCurrentUnitKeepsTraceFilesOpen) {
 TEST_F(Registry, RemovalGoesOnPastATraceFileThatCannotBeReopened) {
   ASSERT_NE(std::freopen("/dev/null", "r", stdin), nullptr);  // the channel dump waits for a key
   Evt* e = find(1);
-  const std::string lost = Chn_find(e, dt(1, 0, 0).data())->name;
-  CHNLST_T* chn = Chn_find(e, dt(1, 0, 1).data());
+  const std::string lost = Chn_find(*run, e, dt(1, 0, 0).data())->name;
+  CHNLST_T* chn = Chn_find(*run, e, dt(1, 0, 1).data());
   chn->cnt = 7;
   const std::string kept = chn->name;
   std::filesystem::remove(lost);
   testing::internal::CaptureStdout();
-  Evt_remove(e);
+  Evt_remove(*run, e);
   const std::string out = testing::internal::GetCapturedStdout();
   EXPECT_TRUE(out.starts_with("\n!!!Could not re-open '" + lost + "'!!!\nChan structure (0042):")) << out;
   EXPECT_NE(e2e::read_file(kept).find("$Samples=7         \r\n"), std::string::npos) << "the other channel is finished";

@@ -1,22 +1,22 @@
+#include "registry/events.hpp"
 #include "model/event.hpp"
 
 #include <cstdio>
 #include <new>
 
-#include "model/channel.hpp"
+#include "base/exit.hpp"
 #include "base/ring.hpp"
 #include "output/asc_trace.hpp"
 #include "output/gather.hpp"
+#include "output/trace_file.hpp"
 #include "packet/codes.hpp"
 #include "packet/fields.hpp"
-#include "run/exit.hpp"
-#include "run/globals.hpp"
 
 namespace lm {
 
 namespace {
 
-[[noreturn]] void out_of_heap() { end_run(255, CloseFiles::no, "\n\nOut of Heap allocating Event pointer"); }
+[[noreturn]] void out_of_heap() { fatal(ending::kEventHeap); }
 
 Evt* new_event(UNIT_T* unit, std::uint16_t number, std::uint16_t stream) {
   Evt* e = new (std::nothrow) Evt;  // zeroed counters, blank channel columns, no name
@@ -30,14 +30,14 @@ Evt* new_event(UNIT_T* unit, std::uint16_t number, std::uint16_t stream) {
 
 }  // namespace
 
-Evt* Evt_find(UNIT_T* unit, const std::uint8_t* packet) {
+Evt* Evt_find(Run& run, UNIT_T* unit, const std::uint8_t* packet) {
   const std::uint16_t number = hdr::kEvent.value(packet);
   const std::uint16_t seq = hdr::kSequence.value(packet);
   const std::uint16_t stream = hdr::kStream.value(packet);
 
   Evt* const current = unit->evt;
   // Another event's packet: the current one's trace files are closed, the event stays open.
-  if (current && current->evt != number) Evt_close_files(current);
+  if (current && current->evt != number) Evt_close_files(current, run.N_opn_fls);
 
   Evt* e = unit->evt_index.find(number);
   if (!e) {
@@ -55,7 +55,7 @@ Evt* Evt_find(UNIT_T* unit, const std::uint8_t* packet) {
 
   if (seq != e->seq + 1 && e->seq != 0 && e->seq != 9999) {
     e->bad = 1;
-    if (G.Log_on)
+    if (run.set.Log_on)
       unit->fd_log.printf("\nBlock sequence # %d is out of sequence in Event #%d\n\n", int{seq}, int{number});
   }
 
@@ -64,30 +64,30 @@ Evt* Evt_find(UNIT_T* unit, const std::uint8_t* packet) {
   return e;
 }
 
-void Evt_close_files(Evt* evt) {
+void Evt_close_files(Evt* evt, std::uint16_t& open_files) {
   if (!evt) return;
-  ring_for_each(evt->chn, [](CHNLST_T* c) {
-    if (c->fp.is_open()) Chn_file_close(c);
+  ring_for_each(evt->chn, [&](CHNLST_T* c) {
+    if (c->fp.is_open()) Chn_file_close(c, open_files);
   });
 }
 
-void Evt_remove(Evt* evt) {
+void Evt_remove(Run& run, Evt* evt) {
   // Complete every trace file's header with the final counts.
-  ring_for_each(evt->chn, [](CHNLST_T* c) {
-    Chn_file_close(c);
+  ring_for_each(evt->chn, [&](CHNLST_T* c) {
+    Chn_file_close(c, run.N_opn_fls);
     // With a sample limit of 0 no trace file is ever made: there is nothing to complete, and
     // reporting every channel as unreadable (with its retries and key prompts) would help nobody.
-    if (G.Smp_limit == 0) return;
-    if (Chn_file_open(c, "r+b")) {
-      Asc_data_close(c);
-      Chn_file_close(c);
+    if (run.set.Smp_limit == 0) return;
+    if (Chn_file_open(c, "r+b", run.N_opn_fls)) {
+      Asc_data_close(c, run.set);
+      Chn_file_close(c, run.N_opn_fls);
     } else {
       std::printf("\n!!!Could not re-open '%s'!!!", c->name);
       Chn_show(c);
     }
   });
 
-  if (G.Flag_info.gather) Asc_merge(evt);
+  if (run.set.Flag_info.gather) Asc_merge(evt, run.set, run.N_opn_fls);
 
   ring_delete_all(evt->chn);
   evt->chn = nullptr;

@@ -1,17 +1,10 @@
 #pragma once
-// Process-wide state in one place: run settings (written only by set-up), the run's own streams,
-// counters and the unit ring. reset_globals() returns it to its defaults so that
-// whole conversions can run one after another in one process.
+// The converter's settings: plain values, written by the set-up from the command line and fixed
+// after it; everything below the conversion's top reads them as passed in.
 #include <cstdint>
-#include <cstdio>
 #include <ctime>
 
-#include "base/ring_index.hpp"
-#include "base/out_file.hpp"
-
 namespace lm {
-
-struct UNIT_T;
 
 inline constexpr char Program[] = "LM_ASC";
 inline constexpr char Version[] = "mrg02   ";
@@ -22,14 +15,12 @@ inline constexpr char Fn_ext_qcc[] = ".qcc";
 inline constexpr char Fn_ext_chn[] = ".atr";
 inline constexpr char Fn_ext_evt[] = ".adt";
 
-
 struct FlagInfo {
   std::uint8_t trace_hdr = 1;
   std::uint16_t gather = 0;
 };
 
-struct Globals {
-  // Run settings.
+struct Settings {
   std::uint8_t Verbose = 1;
   std::uint16_t Log_on = 1;
   std::uint8_t Log_dt = 0;
@@ -51,26 +42,6 @@ struct Globals {
   char File_temp[132] = {};
   char FileLog[132] = {};
   char FileQcc[132] = {};
-
-  // The run's own streams.
-  std::FILE* FdIn = nullptr;
-  OutFile FdLog;
-  OutFile FdQcc;
-
-  // Counters of the conversion.
-  std::uint32_t Blk_cnt = 0;
-  std::uint16_t N_opn_fls = 0;
-  int sign = 0;
-
-  // Cursor of the unit ring: the unit of the latest recognised packet.
-  UNIT_T* unit_start = nullptr;
-  RingIndex<UNIT_T> unit_index;  // unit ID -> unit
 };
-
-extern Globals G;
-
-// Frees every record and closes every file still open (what the process exit would do), then
-// restores all defaults.
-void reset_globals();
 
 }  // namespace lm

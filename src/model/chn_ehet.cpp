@@ -1,19 +1,7 @@
-#include <strings.h>
-
-#include <cstdio>
-#include <cstring>
-#include <memory>
-#include <new>
 #include <string_view>
 
-#include "config/ini.hpp"
-#include "config/tables.hpp"
-#include "model/channel.hpp"
-#include "output/names.hpp"
-#include "qc/qcc.hpp"
-#include "run/exit.hpp"
-#include "run/globals.hpp"
 #include "base/number.hpp"
+#include "model/channel.hpp"
 
 namespace lm {
 namespace {
@@ -37,8 +25,6 @@ void read_entry(std::string_view entry, std::size_t width, double& value) {
 }
 
 }  // namespace
-
-void chn_out_of_heap() { end_run(40, CloseFiles::no, " Out of Heap allocating CHNLST_T pointer"); }
 
 void Chn_ehet(CHNLST_T* chn) {
   const Evt& e = *chn->evt;
@@ -74,47 +60,6 @@ void Chn_ehet(CHNLST_T* chn) {
 
   const std::string_view svpu = chn_entry(e, chn_col::kSVPU, n);
   if (svpu[0] != ' ') read_entry(svpu, 6, chn->vpu);
-}
-
-std::uint16_t Sensor_find(CHNLST_T* chn) {
-  for (std::uint16_t i = 0; i < kSensorRows; ++i) {
-    const SensorInfo& row = Sensor[i];
-    if (strncasecmp(row.make, chn->make, std::strlen(row.make)) == 0 &&
-        strncasecmp(row.model, chn->model, std::strlen(row.model)) == 0)
-      return i;
-  }
-  return kSensorRows;
-}
-
-CHNLST_T* Chn_create(Evt* evt, std::uint16_t channel, std::uint16_t evt_num, std::uint16_t stream,
-                     const char* time) {
-  std::unique_ptr<CHNLST_T> chn(new (std::nothrow) CHNLST_T{});
-  if (!chn) {
-    chn_out_of_heap();
-  }
-  chn->unit = evt->unit;
-  chn->unit_id = evt->unit_id;
-  chn->evt = evt;
-  if (const UNIT_T* u = evt->unit) {
-    chn->lat = u->lat;
-    chn->lon = u->lon;
-    chn->alt = u->alt;
-  }
-  chn->trash = G.Smp_skip;
-  chn->evt_num = evt_num;
-  chn->stream = stream;
-  chn->channel = channel;
-  chn->band = ' ';
-  chn->type = ' ';
-  chn->axis = Axis[channel % 6];
-  chn->bits = 24;
-
-  Qcc_init(chn.get());
-  Chn_ini(chn.get());
-  Chn_ehet(chn.get());
-
-  Asc_chn_name(chn.get(), time);
-  return chn.release();
 }
 
 }  // namespace lm
