@@ -112,18 +112,19 @@ void log_head(OutFile& stream, const std::uint8_t* packet, std::uint16_t code, L
 
 void log_block(OutFile& stream, const std::uint8_t* packet, int kind) {
   if (kind == 4) {
-    // The text lies in bytes 24 to 1023 at most; a byte count outside that range is bounded to it.
+    // The text lies in bytes 24 to 1023 at most; a count above 1024 is bounded to the packet.
     unsigned n = hdr::kByteCount.value(packet);
-    if (n < sh::kText) n = sh::kText;
     if (n > kPacketSize) n = kPacketSize;
     stream.write("     ");
     for (unsigned i = sh::kText; i < n; ++i) {
       stream.put(static_cast<char>(packet[i]));
       if (packet[i] == '\n') stream.write("     ");
     }
-    const bool ends_lf = n > sh::kText && packet[n - 1] == '\n';
-    if (!ends_lf) {
-      if (!(n > sh::kText + 1u && packet[n - 2] == '\r')) stream.put('\r');
+    // The line end looks at the count's last two bytes even where they fall before the text (bytes
+    // 22 and 23 at the least); a count below the text start has nothing to look at.
+    const bool counted = n >= sh::kText;
+    if (!(counted && packet[n - 1] == '\n')) {
+      if (!(counted && packet[n - 2] == '\r')) stream.put('\r');
       stream.put('\n');
     }
     stream.write("\r\n");

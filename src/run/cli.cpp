@@ -116,9 +116,10 @@ void take_switch(Settings& set, const char* arg) {
       break;
     }
     case 'P': {
-      const std::int64_t p = int_or_0(value);
-      if (p < 0 || p > 4) usage(set);
-      set.Path_option = static_cast<std::uint16_t>(p);
+      // The setting is 16 bits wide and takes the number's low bits before the range check, so
+      // 65539 is 3 and -1 is 65535.
+      set.Path_option = static_cast<std::uint16_t>(int_or_0(value));
+      if (set.Path_option > 4) usage(set);
       break;
     }
     case 'R': set.Smp_rate_cmd = stof(value, 0); break;

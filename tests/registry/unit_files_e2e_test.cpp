@@ -14,9 +14,10 @@ using pktkit::Packet;
 
 const pktkit::PktTime kT{9, 45, 1, 2, 3, 456};
 
-// An SH packet with a short text, and its summary line in the unit log.
-Packet sh(std::uint16_t unit, unsigned seq, const std::string& text) {
+// An SH packet with a short text (and byte 23, just before it), and its summary line in the unit log.
+Packet sh(std::uint16_t unit, unsigned seq, const std::string& text, std::uint8_t byte23 = 0) {
   Packet p = pktkit::make_header("SH", unit, kT, seq);
+  p[23] = byte23;
   pktkit::put_bcd(p, 12, 2, static_cast<unsigned>(24 + text.size()));
   pktkit::put_text(p, 24, text);
   return p;
@@ -47,7 +48,8 @@ std::string event_logged(const char* type, unsigned seq, unsigned blk) {
 
 // Interleaved units keep one header per run, a later run appends. Unit 0 shares the file of unit FFFF.
 // Each line of an SH text is indented; a text not ending in a line feed gets one, with a carriage return
-// unless the byte before its last is one. A trailer of channels 17-32 leaves its event open, so packet 4
+// unless the byte before its last is one; those two bytes are the byte count's last two, even when they lie
+// before the text (packets 9 and 10). A trailer of channels 17-32 leaves its event open, so packet 4
 // is out of sequence; a trailer of channels 1-16 closes it, so packet 7 starts a new event.
 TEST(UnitFiles, PerRunHeadersAppendedRunsAndWhatEachUnitLogShows) {
   e2e::TempDir tmp;
@@ -63,11 +65,13 @@ TEST(UnitFiles, PerRunHeadersAppendedRunsAndWhatEachUnitLogShows) {
       run({sh(0xA1, 1, "a one"), sh(0xB2, 2, "b one"), sh(0xA1, 3, "a two"), sh(0xB2, 4, "b two"),
            sh(0x0000, 5, "GPS OK\r\n"), sh(0xFFFF, 6, "A\nB"), sh(0x0000, 7, "X\r"), sh(0x0000, 8, "X\rY"),
            event("EH", 1, false), event("ET", 2, true), pktkit::make_dt16(0x0C0D, kT, 4, 7, 0, 0, {1, 2, 3}),
-           event("ET", 5, false), pktkit::make_dt16(0x0C0D, kT, 7, 7, 0, 0, {1, 2, 3})});
+           event("ET", 5, false), pktkit::make_dt16(0x0C0D, kT, 7, 7, 0, 0, {1, 2, 3}), sh(0x0000, 9, "X", '\r'),
+           sh(0x0000, 10, "", '\n')});
   EXPECT_EQ(file("ID00A1.lml"), h + sh_logged(0xA1, 1, 0, "a one") + sh_logged(0xA1, 3, 2, "a two"));
   EXPECT_EQ(file("IDFFFF.lml"), h + sh_head(0x0000, 5, 4) + "     GPS OK\r\n     \r\n" + sh_head(0xFFFF, 6, 5) +
                                     "     A\n     B\r\n\r\n" + sh_head(0x0000, 7, 6) + "     X\r\r\n\r\n" +
-                                    sh_head(0x0000, 8, 7) + "     X\rY\n\r\n");
+                                    sh_head(0x0000, 8, 7) + "     X\rY\n\r\n" + sh_head(0x0000, 9, 13) +
+                                    "     X\n\r\n" + sh_head(0x0000, 10, 14) + "     \r\n");
   EXPECT_EQ(file("ID0C0D.lml"), h + event_logged("EH", 1, 8) + event_logged("ET", 2, 9) +
                                     "\nBlock sequence # 4 is out of sequence in Event #7\n\n" +
                                     "DT 09:045:01:02:03.456 U:0C0D E:0007 D:1 C:1 S:0003 F:16 N:0004 B:0000000010\r\n" +

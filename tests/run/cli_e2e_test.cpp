@@ -58,7 +58,7 @@ class Cli : public testing::Test {
 TEST_F(Cli, UsageErrorsPrintTheUsageAndExit2BeforeAnyFileIsMade) {
   const std::string in = empty_input();
   const std::vector<std::vector<std::string>> cases = {
-      {}, {"-D", in}, {"-DX", in}, {"-P5", in}, {"-P-1", in}, {in, "?x"}, {in, tmp.str(), "third"},
+      {}, {"-D", in}, {"-DX", in}, {"-P5", in}, {"-P-1", in}, {"-P65541", in}, {in, "?x"}, {in, tmp.str(), "third"},
       {"-", in}, {"-Z", in}, {"-N3", in}, {"-LY"}, {"-T7", "-DX", in},  // the usage shows the skip count read
   };
   for (const auto& args : cases) {
@@ -86,6 +86,9 @@ TEST_F(Cli, SettingsAsEchoed) {
   const struct { std::vector<std::string> args; std::string label, want; const char* lmu = nullptr; } cases[] = {
       {{"-dy", "e"}, "Log DT Blks", "YES"}, {{"-DYes", "-d-", "e"}, "Log DT Blks", "NO"},
       {{"-Pabc", "e"}, "Path Option", "0"}, {{"-P4", "e"}, "Path Option", "4"},
+      // The path option keeps the low 16 bits of the number it is given.
+      {{"-P65539", "e"}, "Path Option", "3"}, {{"-P131072", "e"}, "Path Option", "0"},
+      {{"-P-65533", "e"}, "Path Option", "3"},
       {{"-S0x10", "e"}, "Max Samples", "16"}, {{"-S010", "e"}, "Max Samples", "8"},
       {{"-S-5", "e"}, "Max Samples", "4294967291"}, {{"-S99999999999", "e"}, "Max Samples", "4294967295"},
       {{"-S", "e"}, "Max Samples", "0"}, {{"-T 25", "e"}, "Skip Samples", "25"},
