@@ -58,6 +58,17 @@ else
   echo "full: skipped (needs root and tmpfs)"
 fi
 
+# Links planted in the output directory under the names a run uses, to a file and a folder outside.
+"$bin/lm_pktgen" small.pkt 1 2 >/dev/null
+for name in small.lml ID0A2B.lml 2009_032; do
+  fresh
+  rm -rf outside && echo kept >outside_file && mkdir outside
+  if [ "$name" = 2009_032 ]; then ln -s "$PWD/outside" "out/$name"; sw=-P1; else ln -s "$PWD/outside_file" "out/$name"; sw=; fi
+  "$bin/lm_asc" small.pkt out -VN $sw >o.txt 2>&1; st=$?
+  last=$(tr '\r' '\n' <o.txt | grep -v '^ *$' | tail -1)
+  echo "link planted at $name: status $st, '$last'; outside file: $(cat outside_file), outside folder: $(ls outside | wc -l) files"
+done
+
 trials=${1:-300}
 "$bin/lm_pktgen" small.pkt 1 2 >/dev/null
 shared=0

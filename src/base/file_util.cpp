@@ -1,8 +1,10 @@
 #include "base/file_util.hpp"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
 #include <ctime>
 
@@ -27,16 +29,99 @@ std::FILE* fopen_lm(const char* path, const char* mode) {
   }
 }
 
-void Make_dir(const char* path) {
-  char prefix[136];
-  const std::size_t len = std::strlen(path);
-  for (std::size_t i = 0; i < len; ++i) {
-    if (path[i] != '/') continue;
-    if (i + 1 >= sizeof prefix) return;  // a longer prefix cannot be built; the open that follows fails
-    std::memcpy(prefix, path, i + 1);
-    prefix[i + 1] = '\0';
-    if (!fexist(prefix)) ::mkdir(prefix, 0777);
+namespace {
+
+// The user's directory: the first `root` characters of path, or the working directory.
+int open_root(const char* path, std::size_t root) {
+  if (root == 0) return ::open(path[0] == '/' ? "/" : ".", O_PATH | O_DIRECTORY | O_CLOEXEC);
+  char dir[4096];
+  if (root >= sizeof dir) {
+    errno = ENAMETOOLONG;
+    return -1;
   }
+  std::memcpy(dir, path, root);
+  dir[root] = '\0';
+  return ::open(dir, O_PATH | O_DIRECTORY | O_CLOEXEC);
+}
+
+// Enters the directory `name` (length n) of `dir`, which it closes; -1 for a link or a non-directory.
+int enter(int dir, const char* name, std::size_t n, bool create) {
+  char comp[256];
+  if (n >= sizeof comp) {
+    ::close(dir);
+    errno = ENAMETOOLONG;
+    return -1;
+  }
+  std::memcpy(comp, name, n);
+  comp[n] = '\0';
+  if (create && ::mkdirat(dir, comp, 0777) != 0 && errno != EEXIST) {
+    ::close(dir);
+    return -1;
+  }
+  const int next = ::openat(dir, comp, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+  ::close(dir);
+  return next;
+}
+
+// The directory holding the path's last component, entered from the root; `leaf` points at that component.
+int walk(const char* path, std::size_t root, bool create, const char*& leaf) {
+  int dir = open_root(path, root);
+  const char* p = path + root;
+  while (dir >= 0) {
+    const char* slash = std::strchr(p, '/');
+    if (!slash) break;
+    const std::size_t n = static_cast<std::size_t>(slash - p);
+    if (n > 0 && !(n == 1 && *p == '.')) dir = enter(dir, p, n, create);
+    p = slash + 1;
+  }
+  leaf = p;
+  return dir;
+}
+
+int flags_of(const char* mode) {
+  const bool plus = std::strchr(mode, '+') != nullptr;
+  switch (mode[0]) {
+    case 'w': return (plus ? O_RDWR : O_WRONLY) | O_CREAT | O_TRUNC;
+    case 'a': return (plus ? O_RDWR : O_WRONLY) | O_CREAT | O_APPEND;
+    default: return plus ? O_RDWR : O_RDONLY;
+  }
+}
+
+}  // namespace
+
+int open_below(const char* path, std::size_t root, int flags) {
+  const char* leaf = nullptr;
+  const int dir = walk(path, root, false, leaf);
+  if (dir < 0) return -1;
+  const int fd = ::openat(dir, leaf, flags | O_NOFOLLOW | O_CLOEXEC, 0666);
+  const int saved = errno;
+  ::close(dir);
+  errno = saved;
+  return fd;
+}
+
+std::FILE* fopen_below(const char* path, std::size_t root, const char* mode) {
+  const std::time_t deadline = std::time(nullptr) + g_retry_seconds;
+  for (;;) {
+    const int fd = open_below(path, root, flags_of(mode));
+    if (fd >= 0) {
+      if (std::FILE* f = ::fdopen(fd, mode)) return f;
+      const int saved = errno;
+      ::close(fd);
+      errno = saved;
+    }
+    // A link where a file or directory of ours belongs does not go away by waiting.
+    if (errno == ELOOP || errno == ENOTDIR || std::time(nullptr) > deadline) return nullptr;
+    ::usleep(10000);
+  }
+}
+
+bool make_dirs_below(const char* path, std::size_t root) {
+  const char* leaf = nullptr;
+  const int dir = walk(path, root, true, leaf);
+  if (dir < 0) return false;
+  ::close(dir);
+  return true;
 }
 
 float stof(const char* text, std::uint16_t length) {

@@ -32,9 +32,9 @@ void give_back(char* buf) {
 
 }  // namespace
 
-bool OutFile::open(const char* path, const char* mode) {
+bool OutFile::open(const char* path, std::size_t root, const char* mode) {
   close();
-  fp_ = fopen_lm(path, mode);
+  fp_ = fopen_below(path, root, mode);
   // A stream the library could not allocate is out of memory, not a file that cannot be opened.
   if (!fp_ && errno == ENOMEM) shut_down(40, path);
   if (!fp_) return false;

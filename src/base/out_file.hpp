@@ -21,9 +21,10 @@ class OutFile {
   OutFile(const OutFile&) = delete;
   OutFile& operator=(const OutFile&) = delete;
 
-  // Opens through the retrying open; false when it failed. Write modes bypass stdio's own buffer.
-  // `path` names the file in error messages and must outlive the open file.
-  bool open(const char* path, const char* mode);
+  // Opens through the retrying open, below the output directory that the first `root` characters
+  // of the path name (no link followed below it); false when it failed. Write modes bypass stdio's
+  // own buffer. `path` names the file in error messages and must outlive the open file.
+  bool open(const char* path, std::size_t root, const char* mode);
   void close();
   // Writes out what is buffered and closes without checking: for a run that is ending already,
   // whose first failure has been reported.

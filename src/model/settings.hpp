@@ -1,7 +1,9 @@
 #pragma once
 // The converter's settings: plain values, written by the set-up from the command line and fixed
 // after it; everything below the conversion's top reads them as passed in.
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <ctime>
 
 namespace lm {
@@ -42,6 +44,9 @@ struct Settings {
   char File_temp[132] = {};
   char FileLog[132] = {};
   char FileQcc[132] = {};
+
+  // Length of the output directory's part of every output path: links are followed only in it.
+  std::size_t out_root() const { return std::strlen(DirOut); }
 };
 
 }  // namespace lm

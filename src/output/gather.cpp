@@ -19,8 +19,8 @@ CHNLST_T* lowest(Evt* evt) {
 }
 
 // Appends the channel's trace file to the gathered file; true when every byte reached it.
-bool append_trace(Evt* evt, CHNLST_T* c, std::uint16_t& open_files) {
-  if (!Chn_file_open(c, "rb", open_files)) return false;
+bool append_trace(Evt* evt, CHNLST_T* c, std::size_t root, std::uint16_t& open_files) {
+  if (!Chn_file_open(c, "rb", root, open_files)) return false;
   std::FILE* in = c->fp.stream();
   // The copy is byte for byte, so its pieces need not follow the lines: large blocks are faster.
   char block[8192];
@@ -34,7 +34,7 @@ bool append_trace(Evt* evt, CHNLST_T* c, std::uint16_t& open_files) {
 
 }  // namespace
 
-void Asc_fhdr_out(Evt* evt, const Settings& set) { evt->fd_evt.open(Asc_evt_name(evt, set), "w+b"); }
+void Asc_fhdr_out(Evt* evt, const Settings& set) { evt->fd_evt.open(Asc_evt_name(evt, set), set.out_root(), "w+b"); }
 
 void Asc_merge(Evt* evt, const Settings& set, std::uint16_t& open_files) {
   if (!evt->chn || evt->chn->cnt == 0) return;
@@ -45,7 +45,7 @@ void Asc_merge(Evt* evt, const Settings& set, std::uint16_t& open_files) {
   do {
     Chn_file_close(c, open_files);
     // A trace file that cannot be read, or whose copy failed, stays on disk.
-    if (append_trace(evt, c, open_files)) std::remove(c->name);
+    if (append_trace(evt, c, set.out_root(), open_files)) std::remove(c->name);
     c = c->nxt;
   } while (c && c != first);
   evt->fd_evt.close();

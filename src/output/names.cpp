@@ -29,7 +29,7 @@ std::size_t written(int n) { return n < 0 ? kPathRoom : static_cast<std::size_t>
 // An error other than an existing file leaves the name to the open that follows, which reports it.
 bool claim(const char* path, std::uint8_t& claimed, const Settings& set) {
   if (set.Smp_limit == 0) return !fexist(path);
-  const int fd = ::open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  const int fd = open_below(path, set.out_root(), O_WRONLY | O_CREAT | O_EXCL);
   if (fd < 0) return errno != EEXIST;
   ::close(fd);
   claimed = 1;
@@ -105,7 +105,7 @@ void Asc_chn_name(CHNLST_T* chn, const char* time, const Settings& set) {
 
   const char first = path[dir_len];
   path[dir_len] = '\0';
-  Make_dir(path);
+  make_dirs_below(path, set.out_root());  // a refused level leaves the open that follows to fail
   path[dir_len] = first;
 
   // The plain name first, then the letters A to X in place 24 of the base name.

@@ -17,9 +17,9 @@ std::uint16_t any_key() {
 
 }  // namespace
 
-std::uint8_t Chn_file_open(CHNLST_T* chn, const char* mode, std::uint16_t& open_files) {
+std::uint8_t Chn_file_open(CHNLST_T* chn, const char* mode, std::size_t root, std::uint16_t& open_files) {
   if (chn->fp.is_open()) return chn->file_open;
-  if (chn->fp.open(chn->name, mode)) {
+  if (chn->fp.open(chn->name, root, mode)) {
     chn->file_open = 1;
     ++open_files;
   } else {

@@ -33,7 +33,7 @@ void make_room(Run& run, CHNLST_T* start, const CHNLST_T* own) {
 
 void open_trace(Run& run, CHNLST_T* start, CHNLST_T* chn) {
   make_room(run, start, chn);
-  if (Chn_file_open(chn, "a+b", run.N_opn_fls)) return;
+  if (Chn_file_open(chn, "a+b", run.set.out_root(), run.N_opn_fls)) return;
   fatal(ending::kTraceOpen, chn->name);
 }
 

@@ -78,7 +78,7 @@ void Evt_remove(Run& run, Evt* evt) {
     // With a sample limit of 0 no trace file is ever made: there is nothing to complete, and
     // reporting every channel as unreadable (with its retries and key prompts) would help nobody.
     if (run.set.Smp_limit == 0) return;
-    if (Chn_file_open(c, "r+b", run.N_opn_fls)) {
+    if (Chn_file_open(c, "r+b", run.set.out_root(), run.N_opn_fls)) {
       Asc_data_close(c, run.set);
       Chn_file_close(c, run.N_opn_fls);
     } else {

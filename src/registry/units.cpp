@@ -42,11 +42,11 @@ UNIT_T* Unit_find(Run& run, const std::uint8_t* packet) {
     if (u == cursor) return u;
     leave(run, cursor);
     if (run.set.Log_on && u->log_open != 1) {
-      open_file(u->fd_log, u->log_name, packet);
+      open_file(u->fd_log, u->log_name, run.set.out_root(), packet);
       u->log_open = 1;
     }
     if (run.set.Qcc_on && u->qcc_open != 1) {
-      open_file(u->fd_qcc, u->qcc_name, packet);
+      open_file(u->fd_qcc, u->qcc_name, run.set.out_root(), packet);
       u->qcc_open = 1;
     }
     run.unit_start = u;
@@ -83,11 +83,11 @@ void Unit_file_create(Run& run, UNIT_T* unit, const std::uint8_t* packet, int ki
   if (n < 0 || static_cast<std::size_t>(n) >= sizeof unit->log_name) shut_down(20, path);
   std::memcpy(name, path, static_cast<std::size_t>(n) + 1);
   if (log) {
-    open_file(unit->fd_log, name, packet);
+    open_file(unit->fd_log, name, run.set.out_root(), packet);
     unit->log_open = 1;
     Log_fhdr(unit->fd_log, run.set);
   } else {
-    open_file(unit->fd_qcc, name, packet);
+    open_file(unit->fd_qcc, name, run.set.out_root(), packet);
     unit->qcc_open = 1;
     Qcc_fhdr(unit->fd_qcc, run.set);
   }
@@ -108,15 +108,15 @@ void Unit_file_close(Run& run, UNIT_T* unit, int kind) {
   }
 }
 
-void open_file(OutFile& file, const char* path, const std::uint8_t*) {
-  if (!file.open(path, "a+b")) shut_down(20, path);
+void open_file(OutFile& file, const char* path, std::size_t root, const std::uint8_t*) {
+  if (!file.open(path, root, "a+b")) shut_down(20, path);
 }
 
 void Unit_qcc_store(Run& run, UNIT_T* unit, Evt* evt, const std::uint8_t* packet) {
   // At the end of the input every unit's events are written, and only the current unit's file is open.
   const bool reopen = unit->qcc_open != 1;
   if (reopen) {
-    open_file(unit->fd_qcc, unit->qcc_name, packet);
+    open_file(unit->fd_qcc, unit->qcc_name, run.set.out_root(), packet);
     unit->qcc_open = 1;
   }
   Qcc_store(unit, evt, packet, run.FdQcc, run.line);

@@ -202,11 +202,11 @@ void set_paths(Settings& set, const std::vector<std::string>& paths, const char*
 int open_run_files(Run& run) {
   const Settings& set = run.set;
   if (set.Log_on) {
-    if (!run.FdLog.open(set.FileLog, "wb")) shut_down(20, set.FileLog);
+    if (!run.FdLog.open(set.FileLog, set.out_root(), "wb")) shut_down(20, set.FileLog);
     Log_fhdr(run.FdLog, set);
   }
   if (set.Qcc_on) {
-    if (!run.FdQcc.open(set.FileQcc, "wb")) shut_down(20, set.FileQcc);
+    if (!run.FdQcc.open(set.FileQcc, set.out_root(), "wb")) shut_down(20, set.FileQcc);
     Qcc_fhdr(run.FdQcc, set);
   }
 

@@ -19,7 +19,7 @@ std::string logged(F write) {
   e2e::TempDir tmp;
   const std::string path = tmp / "x.lml";
   lm::OutFile f;
-  EXPECT_TRUE(f.open(path.c_str(), "wb"));
+  EXPECT_TRUE(f.open(path.c_str(), 0, "wb"));
   write(f);
   f.close();
   return e2e::read_file(path);

@@ -3,10 +3,14 @@
 #include <cairo-svg.h>
 #include <cairo.h>
 
+#include "base/file_util.hpp"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 
 namespace lmplot {
 
@@ -184,19 +188,33 @@ void draw_all(cairo_t* cr, const Event& ev, const Axis& a, bool common) {
 
 }  // namespace
 
+namespace {
+
+cairo_status_t write_to(void* closure, const unsigned char* data, unsigned int length) {
+  return std::fwrite(data, 1, length, static_cast<std::FILE*>(closure)) == length ? CAIRO_STATUS_SUCCESS
+                                                                                : CAIRO_STATUS_WRITE_ERROR;
+}
+
+}  // namespace
+
 std::string draw_event(const Event& ev, const Axis& axis, const DrawOptions& opt, const std::string& path) {
   if (ev.traces.empty() || ev.traces.size() > kMaxPanels) return "no picture: the event holds " + std::to_string(ev.traces.size()) + " traces (1 to 128 fit)";
+  // The picture's own name is never followed if it is a link; its directory is the user's choice.
+  const std::size_t slash = path.rfind('/');
+  std::FILE* f = lm::fopen_below(path.c_str(), slash == std::string::npos ? 0 : slash + 1, "wb");
+  if (!f) return path + ": " + std::strerror(errno);
   const int height = kTitleH + static_cast<int>(ev.traces.size()) * kPanelH + kAxisH;
-  cairo_surface_t* s = opt.svg ? cairo_svg_surface_create(path.c_str(), kWidth, height)
+  cairo_surface_t* s = opt.svg ? cairo_svg_surface_create_for_stream(write_to, f, kWidth, height)
                                : cairo_image_surface_create(CAIRO_FORMAT_RGB24, kWidth, height);
   cairo_t* cr = cairo_create(s);
   draw_all(cr, ev, axis, opt.common);
   cairo_status_t st = cairo_status(cr);
   cairo_destroy(cr);
-  if (st == CAIRO_STATUS_SUCCESS && !opt.svg) st = cairo_surface_write_to_png(s, path.c_str());
+  if (st == CAIRO_STATUS_SUCCESS && !opt.svg) st = cairo_surface_write_to_png_stream(s, write_to, f);
   cairo_surface_finish(s);
   if (st == CAIRO_STATUS_SUCCESS) st = cairo_surface_status(s);
   cairo_surface_destroy(s);
+  if (std::fclose(f) != 0 && st == CAIRO_STATUS_SUCCESS) st = CAIRO_STATUS_WRITE_ERROR;
   return st == CAIRO_STATUS_SUCCESS ? "" : path + ": " + cairo_status_to_string(st);
 }
 
