@@ -11,20 +11,23 @@ Run::~Run() {
   if (FdIn) std::fclose(FdIn);
 }
 
+namespace {
+
+void close_input(Run& run) {
+  if (run.FdIn) std::fclose(run.FdIn);
+  run.FdIn = nullptr;
+}
+
+}  // namespace
+
 void fcloseall(Run& run) {
-  if (run.FdIn) {
-    std::fclose(run.FdIn);
-    run.FdIn = nullptr;
-  }
+  close_input(run);
   run.FdQcc.close();
   run.FdLog.close();
 }
 
 void fcloseall_quietly(Run& run) {
-  if (run.FdIn) {
-    std::fclose(run.FdIn);
-    run.FdIn = nullptr;
-  }
+  close_input(run);
   run.FdQcc.close_quietly();
   run.FdLog.close_quietly();
 }
