@@ -10,15 +10,16 @@
 
 namespace lmplot {
 
-namespace {
-
-namespace fs = std::filesystem;
-
-constexpr const char* kUsage =
+const char* const kUsage =
     "usage: lm_plot [-o DIR] [--common] [--svg] FILE...\n"
+    "       lm_plot --help | --version\n"
     "  Draws each event of trace files (.atr) and gathered event files (.adt) as one picture,\n"
     "  beside its input or in DIR. --common scales all traces of an event to one range;\n"
     "  --svg writes SVG instead of PNG.\n";
+
+namespace {
+
+namespace fs = std::filesystem;
 
 struct Options {
   std::string out_dir;
