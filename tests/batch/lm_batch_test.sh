@@ -136,6 +136,16 @@ expect "a batch on another host" test $? = 0
 expect "the jobs ran on that host" test "$(tail -n +2 out3/.lm_batch/joblog | cut -f2 | sort -u)" = node1
 for rel in 1.pkt 2.pkt hang.pkt; do expect "outputs of $rel from another host" same_outputs "ref/$rel" "out3/$rel"; done
 
+# A link planted in the output tree (an input's folder, the batch's record) is never written through.
+mkdir -p outside out4 && ln -s "$tmp/outside" out4/site
+"$build/lm_batch" in out4 >run6.txt 2>&1
+expect "a planted folder link fails its inputs" grep -q 'failed: site/B.PKT: cannot make the output folder' run6.txt
+expect "nothing written through the planted link" test -z "$(ls -A outside)"
+mkdir -p out5 && ln -s "$tmp/outside" out5/.lm_batch
+"$build/lm_batch" in out5 >/dev/null 2>&1
+expect "a planted record link is refused" test $? = 2
+expect "nothing written through the planted record link" test -z "$(ls -A outside)"
+
 # Usage errors end with status 2 before any job.
 usage_cases=("" "-j 0 in x" "-j two in x" "--bogus in x" "in" "in in" "missing x" "in x y")
 for c in "${usage_cases[@]}"; do
