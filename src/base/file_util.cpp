@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 #include <ctime>
+#include <string_view>
 
 #include "base/number.hpp"
 
@@ -147,6 +148,18 @@ float stof(const char* text, std::uint16_t length) {
     }
   }
   return value;
+}
+
+std::string program_dir(const char* argv0) {
+  std::string_view name(argv0 ? argv0 : "");
+  if (const auto slash = name.rfind('/'); slash != std::string_view::npos) return std::string(name.substr(0, slash + 1));
+  // Without a "/" in the name, look beside the executable the system ran.
+  char exe[4096];
+  const ssize_t n = ::readlink("/proc/self/exe", exe, sizeof exe - 1);
+  if (n <= 0) return {};
+  std::string_view path(exe, static_cast<std::size_t>(n));
+  const auto slash = path.rfind('/');
+  return slash == std::string_view::npos ? std::string() : std::string(path.substr(0, slash + 1));
 }
 
 }  // namespace lm

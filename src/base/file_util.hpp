@@ -2,6 +2,7 @@
 #include <cstdint>
 #include <cstddef>
 #include <cstdio>
+#include <string>
 
 namespace lm {
 
@@ -25,6 +26,9 @@ std::FILE* fopen_below(const char* path, std::size_t root, const char* mode);
 // Creates every directory of the path below `root` up to its last "/" (the part after it is a file
 // name); false when one of them is a link or not a directory, or cannot be made.
 bool make_dirs_below(const char* path, std::size_t root);
+// The directory of this program with its trailing "/": the invocation name's when it has a "/",
+// else the executable's that the system ran; empty when neither tells.
+std::string program_dir(const char* argv0);
 // Reads a decimal number, optionally written as a fraction "a/ b"; length 0 means the whole text.
 float stof(const char* text, std::uint16_t length);
 

@@ -132,19 +132,6 @@ void take_switch(Settings& set, const char* arg) {
 
 void echo_line(void*, const char* line) { std::fputs(line, stdout); }
 
-// The directory of this program, with its trailing "/", for an invocation name without one.
-std::string program_dir(const char* argv0) {
-  std::string_view name(argv0 ? argv0 : "");
-  if (const auto slash = name.rfind('/'); slash != std::string_view::npos) return std::string(name.substr(0, slash + 1));
-  // Without a "/" in the name, look beside the executable the system ran.
-  char exe[4096];
-  const ssize_t n = ::readlink("/proc/self/exe", exe, sizeof exe - 1);
-  if (n <= 0) return {};
-  std::string_view path(exe, static_cast<std::size_t>(n));
-  const auto slash = path.rfind('/');
-  return slash == std::string_view::npos ? std::string() : std::string(path.substr(0, slash + 1));
-}
-
 // The command line into the settings; the paths given, input first.
 std::vector<std::string> read_command_line(Settings& set, int argc, char** argv) {
   // Over-long command lines are cut to the buffer where they are echoed.
