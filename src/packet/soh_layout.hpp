@@ -4,11 +4,15 @@
 
 namespace lm::soh {
 
+// SC: the recorder's model and serial number, which the export's station metadata also reads.
+inline constexpr TextField kDasModel{150, 12};
+inline constexpr TextField kDasSerial{162, 12};
+
 // SC: station and experiment, then five channel blocks.
 inline constexpr DumpRow kScStation[] = {
     {"Experiment Number", 16, 2},   {"Experiment Name", 18, 24},  {"Experiment Comment", 42, 40},
     {"Station Number", 82, 4},      {"Station Name", 86, 24},     {"Station Comment", 110, 40},
-    {"DAS Model", 150, 12},         {"DAS Serial Number", 162, 12}, {"Experiment Start", 174, 14},
+    row("DAS Model", kDasModel),   row("DAS Serial Number", kDasSerial), {"Experiment Start", 174, 14},
     {"Time Clock Type", 188, 4},    {"Time Clock S/N", 192, 10},
 };
 inline constexpr DumpRow kScChannel[] = {

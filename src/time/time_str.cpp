@@ -108,4 +108,21 @@ float Time_update(const char* from, const char* to) {
   return static_cast<float>((millis(to) - millis(from)) * 0.001);
 }
 
+bool time_epoch_us(const char* time, std::int64_t& us) {
+  for (int i = 0; i < kTimeLen; ++i)
+    if (time[i] < '0' || time[i] > '9') return false;
+  const TimeText t(time);
+  const long year = t.number(TimeText::kYear), day = t.number(TimeText::kDay);
+  const long hour = t.number(TimeText::kHour), minute = t.number(TimeText::kMinute);
+  const long second = t.number(TimeText::kSecond), milli = t.number(TimeText::kMilli);
+  const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
+  if (year < 1970 || day < 1 || day > (leap ? 366 : 365) || hour > 23 || minute > 59 || second > 59) return false;
+  // Leap years before a year, counted from year 1.
+  auto leaps_before = [](std::int64_t y) { return (y - 1) / 4 - (y - 1) / 100 + (y - 1) / 400; };
+  const std::int64_t days = 365 * (year - 1970) + leaps_before(year) - leaps_before(1970) + day - 1;
+  us = ((days * 24 + hour) * 60 + minute) * 60 + second;
+  us = us * 1000000 + milli * 1000;
+  return true;
+}
+
 }  // namespace lm

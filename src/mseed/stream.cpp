@@ -1,0 +1,219 @@
+#include "mseed/stream.hpp"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+
+#include "base/file_util.hpp"
+#include "decode/decoders.hpp"
+
+namespace lm::mseed {
+namespace {
+
+constexpr hptime_t kDay = 86400LL * HPTMODULUS;
+
+hptime_t next_midnight(hptime_t t) { return (t / kDay + 1) * kDay; }
+
+// Most samples one record can hold, whatever their values: a Steim frame has 15 data words of at
+// most seven (Steim-2) or four (Steim-1) differences each.
+std::size_t record_capacity(int reclen, int encoding) {
+  const std::size_t data = static_cast<std::size_t>(reclen) - 64;  // header and blockette 1000
+  if (encoding == DE_INT32) return data / 4;
+  return data / 64 * 15 * (encoding == DE_STEIM2 ? 7 : 4);
+}
+
+void put(char (&dst)[11], const char* src) { std::snprintf(dst, sizeof dst, "%s", src); }
+
+}  // namespace
+
+std::string Codes::id() const { return std::string(net) + "." + sta + "." + loc + "." + cha; }
+
+Files::~Files() {
+  for (Stream* s : open_) std::fclose(s->fp_), s->fp_ = nullptr;
+}
+
+void Files::fail(const std::string& path, const char* what) {
+  if (error_.empty()) error_ = std::string(what) + " '" + path + "': " + std::strerror(errno);
+}
+
+void Files::check() {
+  if (error_.empty()) return;
+  WriteError e{error_};
+  error_.clear();
+  throw e;
+}
+
+std::string Files::name_for(const Stream& s) {
+  BTime bt;
+  const Codes& c = s.codes_;
+  char name[96];
+  if (opt_.layout == Layout::kSds) {
+    ms_hptime2btime(s.time_of(s.packed_), &bt);
+    std::snprintf(name, sizeof name, "%04d/%s/%s/%s.D/%s.%s.%s.%s.D.%04d.%03d", bt.year, c.net, c.sta, c.cha, c.net,
+                  c.sta, c.loc, c.cha, bt.year, bt.day);
+    claimed_.insert(name);
+    return name;
+  }
+  ms_hptime2btime(s.start_, &bt);
+  std::snprintf(name, sizeof name, "%s.%s.%s.%s.%04d.%03d.%02d%02d%02d", c.net, c.sta, c.loc, c.cha, bt.year,
+                bt.day, bt.hour, bt.min, bt.sec);
+  std::string claimed = std::string(name) + ".mseed";
+  // Two segments that start in one second: the second and later ones get a number.
+  for (int k = 2; !claimed_.insert(claimed).second; ++k) claimed = std::string(name) + "_" + std::to_string(k) + ".mseed";
+  return claimed;
+}
+
+bool Files::open(Stream& s) {
+  if (s.path_.empty()) {
+    s.path_ = opt_.out_dir + "/" + name_for(s);
+    // A flat name is this run's own and replaces an older file; a day file of an archive is appended to.
+    s.fresh_ = opt_.layout == Layout::kFlat;
+    if (opt_.layout == Layout::kSds && !make_dirs_below(s.path_.c_str(), root_))
+      return fail(s.path_, "cannot make the directories of"), false;
+  }
+  if (open_.size() >= kMaxOpen) close(*open_.front());
+  s.fp_ = fopen_below(s.path_.c_str(), root_, s.fresh_ ? "wb" : "ab");
+  if (!s.fp_) return fail(s.path_, "cannot open"), false;
+  s.fresh_ = false;
+  open_.push_back(&s);
+  return true;
+}
+
+void Files::write(Stream& s, const char* record, int len) {
+  if (!error_.empty()) return;
+  if (!s.fp_ && !open(s)) return;
+  if (std::fwrite(record, 1, static_cast<std::size_t>(len), s.fp_) != static_cast<std::size_t>(len))
+    return fail(s.path_, "cannot write");
+  ++records;
+}
+
+void Files::close(Stream& s) {
+  if (!s.fp_) return;
+  if (std::fclose(s.fp_) != 0) fail(s.path_, "cannot write");
+  s.fp_ = nullptr;
+  open_.erase(std::find(open_.begin(), open_.end(), &s));
+}
+
+void Files::close_all() {
+  while (!open_.empty()) close(*open_.back());
+}
+
+Stream::Stream(Files& files)
+    : files_(files), pack_at_(record_capacity(files.opt().reclen, files.opt().encoding)) {
+  buf_.reserve(pack_at_ + kMaxSamples);
+}
+
+Stream::~Stream() {
+  if (msr_) msr_->datasamples = nullptr;  // ours, not libmseed's to free
+  msr_free(&msr_);
+}
+
+hptime_t Stream::time_of(std::int64_t k) const {
+  if (rate_ <= 0) return start_;
+  return start_ + std::llround(static_cast<double>(k) * HPTMODULUS / rate_);
+}
+
+bool Stream::continues(hptime_t t, double rate, const Codes& codes) const {
+  if (n_ == 0 || rate_ <= 0 || !(codes == codes_)) return false;
+  if (std::fabs(rate - rate_) > rate_ * 1e-9) return false;
+  // Within half a sample of where the segment ends, as libmseed's own tolerance has it.
+  return std::llabs(t - time_of(n_)) <= std::llround(0.5 * HPTMODULUS / rate_);
+}
+
+bool Stream::add(hptime_t t, double rate, const Codes& codes, const std::int32_t* s, std::size_t n) {
+  const bool fresh = !continues(t, rate, codes);
+  if (fresh) begin(t, rate, codes);
+  append(s, n);
+  return fresh;
+}
+
+void Stream::begin(hptime_t t, double rate, const Codes& codes) {
+  finish();
+  files_.close(*this);
+  path_.clear();
+  if (msr_) {
+    sequence_ = msr_->sequence_number;
+    msr_->datasamples = nullptr;
+  }
+  msr_free(&msr_);
+  msr_ = msr_init(nullptr);
+  if (!msr_) throw WriteError{"out of memory"};
+  msr_->sequence_number = sequence_;
+  put(msr_->network, codes.net);
+  put(msr_->station, codes.sta);
+  put(msr_->location, codes.loc);
+  put(msr_->channel, codes.cha);
+  msr_->dataquality = 'D';
+  msr_->reclen = files_.opt().reclen;
+  msr_->encoding = static_cast<int8_t>(files_.opt().encoding);
+  msr_->byteorder = 1;
+  codes_ = codes;
+  rate_ = rate;
+  start_ = t;
+  n_ = packed_ = 0;
+  day_end_ = next_midnight(t);
+}
+
+// Index in the segment of the first sample at or after the midnight that ends the current day file.
+std::int64_t Stream::first_of_next_day() const {
+  auto k = static_cast<std::int64_t>(std::ceil(static_cast<double>(day_end_ - start_) * rate_ / HPTMODULUS));
+  while (k > 0 && time_of(k - 1) >= day_end_) --k;
+  while (time_of(k) < day_end_) ++k;
+  return k;
+}
+
+void Stream::append(const std::int32_t* s, std::size_t n) {
+  const bool split = files_.opt().layout == Layout::kSds && rate_ > 0;
+  while (n > 0) {
+    std::size_t take = n;
+    if (split) {
+      const std::int64_t k = first_of_next_day();
+      if (k <= n_) {
+        // A day file never holds a record that crosses midnight: the day's records end here.
+        pack(true);
+        files_.close(*this);
+        path_.clear();
+        day_end_ = next_midnight(time_of(n_));
+        continue;
+      }
+      take = static_cast<std::size_t>(std::min<std::int64_t>(k - n_, static_cast<std::int64_t>(n)));
+    }
+    buf_.insert(buf_.end(), s, s + take);
+    n_ += static_cast<std::int64_t>(take);
+    s += take;
+    n -= take;
+    if (buf_.size() >= pack_at_) pack(false);
+  }
+}
+
+void Stream::on_record(char* record, int len, void* self) {
+  auto* s = static_cast<Stream*>(self);
+  s->files_.write(*s, record, len);
+}
+
+void Stream::pack(bool flush) {
+  if (buf_.empty()) return;
+  msr_->datasamples = buf_.data();
+  msr_->numsamples = static_cast<int64_t>(buf_.size());
+  msr_->sampletype = 'i';
+  msr_->samprate = rate_;
+  msr_->starttime = time_of(packed_);
+  std::int64_t packed = 0;
+  const int records = msr_pack(msr_, &Stream::on_record, this, &packed, flush ? 1 : 0, 0);
+  msr_->datasamples = nullptr;
+  msr_->numsamples = 0;
+  files_.check();
+  if (records < 0 || packed < 0 || static_cast<std::size_t>(packed) > buf_.size())
+    throw WriteError{"libmseed could not pack the records of " + codes_.id()};
+  buf_.erase(buf_.begin(), buf_.begin() + packed);
+  packed_ += packed;
+}
+
+void Stream::finish() {
+  if (msr_) pack(true);
+}
+
+}  // namespace lm::mseed
