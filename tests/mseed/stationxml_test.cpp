@@ -160,6 +160,50 @@ TEST(StationXml, ValuesOfAHandWrittenIni) {
   EXPECT_TRUE(r.warnings.empty());
 }
 
+struct Stages {
+  const char* what;
+  const char* lines;  // channel 1 of unit 0A2B
+  int gain_ndx;       // -1: the event header gave no gain code
+  const char* why;    // the no_response reason, empty when a response is written
+  int zeros;          // of the sensor stage, when written
+};
+
+const Stages kStages[] = {
+    {"NZNP puts the zeros without a line at the origin",
+     "Ch1SnsMake=Mark\nCh1SnsModel=L-4\nCh1SnsVPU=100\nCh1NZNP=2,2\nCh1Pole=-4,4\nCh1Pole=-4,-4\n", 0, "", 2},
+    {"NZNP and the lines disagree", "Ch1SnsMake=Mark\nCh1SnsModel=L-4\nCh1SnsVPU=100\nCh1NZNP=0,3\nCh1Pole=-4,4\n", 0,
+     "NZNP gives 0 zeros and 3 poles, the INI lists 0 and 1", 0},
+    {"a gain-only sensor stage", "Ch1SnsMake=Mark\nCh1SnsModel=L-4\nCh1SnsVPU=100\n", 0, "", 0},
+    {"no volts per unit", "Ch1SnsMake=Mark\nCh1SnsModel=L-4\nCh1SnsFreq=1\nCh1SnsDamp=0.7\n", 0, "no volts per unit", 0},
+    {"no gain code", "Ch1SnsMake=Mark\nCh1SnsModel=L-4\nCh1SnsVPU=100\n", -1, "no gain code", 0},
+    {"a pressure sensor has no ground-motion unit", "Ch1SnsMake=Pressure\nCh1SnsModel=x\nCh1SnsVPU=1\n", 0,
+     "no ground-motion unit", 0},
+};
+
+TEST(StationXml, AResponseOnlyWhenEveryStageIsKnown) {
+  for (const Stages& c : kStages) {
+    e2e::TempDir tmp;
+    std::ofstream(tmp / "lmu.ini") << "[0A2B]\n" << c.lines;
+    StationMeta st = station(tmp / "lmu.ini");
+    st.channels = {channel("EHZ", 100, 1e-6, c.gain_ndx, 0, tmp / "lmu.ini")};
+    const auto r = lm::mseed::write_stationxml(tmp / "XX.xml", tmp.str().size(), {st});
+    ASSERT_TRUE(r.ok) << r.error;
+    expect_valid(tmp / "XX.xml");
+    const Doc d(tmp / "XX.xml");
+    const std::string pz = "//s:Channel/s:Response/s:Stage[1]/s:PolesZeros";
+    if (*c.why) {
+      ASSERT_EQ(r.no_response.size(), 1u) << c.what;
+      EXPECT_NE(r.no_response[0].find(c.why), std::string::npos) << c.what << ": " << r.no_response[0];
+      EXPECT_EQ(d.count("//s:Response"), 0) << c.what;
+      continue;
+    }
+    EXPECT_TRUE(r.no_response.empty()) << c.what;
+    EXPECT_EQ(d.count(pz + "/s:Zero[s:Real=0 and s:Imaginary=0]"), c.zeros) << c.what;
+    EXPECT_NEAR(d.normalised_gain(pz), 1, 1e-6) << c.what;
+    EXPECT_NEAR(d.num("//s:InstrumentSensitivity/s:Value"), 100 / 1e-6, 1e-3) << c.what;
+  }
+}
+
 struct Hostile {
   const char* what;
   std::string text;   // the site name and the DAS model
