@@ -90,6 +90,25 @@ void lookup_sensor(ChnMeta& c) {
   first(c.sns_fsa, s->fsa);
 }
 
+// Two numbers "a,b" (the second omitted: 0), each read as a double field reads its value.
+PzRoot pair_of(std::string_view v) {
+  PzRoot r{double_or_0(v), 0};
+  if (const std::size_t comma = v.find(','); comma != std::string_view::npos) r.im = double_or_0(v.substr(comma + 1));
+  return r;
+}
+
+void add_root(ChnMeta& c, std::string_view v, bool pole) {
+  if (c.pz_cnt == kPzRoots) {
+    c.pz_overflow = true;
+    return;
+  }
+  if (pole) c.pole_bits = static_cast<std::uint16_t>(c.pole_bits | 1u << c.pz_cnt);
+  c.pz[c.pz_cnt++] = pair_of(v);
+}
+
+// Counts beyond the array's bound are kept as a bound so that the response can say they do not fit.
+std::uint8_t count_of(double v) { return static_cast<std::uint8_t>(v < 0 ? 0 : v > 255 ? 255 : v); }
+
 using ChnSetter = void (*)(ChnMeta&, std::string_view);
 void chn_none(ChnMeta&, std::string_view) {}  // matched, but nothing reads it
 
@@ -115,13 +134,24 @@ constexpr ChnSetter kChnSetters[] = {
     chn_none,                                                                             // ChnLat
     chn_none,                                                                             // ChnLon
     chn_none,                                                                             // ChnAlt
-    [](ChnMeta& c, std::string_view v) { c.azimuth = as_int<std::uint16_t>(v); },        // ChnAzm
+    [](ChnMeta& c, std::string_view v) {                                                 // ChnAzm
+      c.azimuth = as_int<std::uint16_t>(v);
+      c.azimuth_given = true;
+    },
     [](ChnMeta& c, std::string_view v) { c.depth = double_or_0(v); },                    // ChnDepth
-    [](ChnMeta& c, std::string_view v) { c.dip = as_int<std::int16_t>(v); },             // ChnDip
-    chn_none,                                                                             // ChnNZNP
-    chn_none,                                                                             // ChnZero
-    chn_none,                                                                             // ChnPole
-    chn_none,                                                                             // ChnNorm
+    [](ChnMeta& c, std::string_view v) {                                                 // ChnDip
+      c.dip = as_int<std::int16_t>(v);
+      c.dip_given = true;
+    },
+    [](ChnMeta& c, std::string_view v) {                                                 // ChnNZNP
+      const PzRoot n = pair_of(v);
+      c.nznp_zeros = count_of(n.re);
+      c.nznp_poles = count_of(n.im);
+      c.nznp_given = true;
+    },
+    [](ChnMeta& c, std::string_view v) { add_root(c, v, false); },                       // ChnZero
+    [](ChnMeta& c, std::string_view v) { add_root(c, v, true); },                        // ChnPole
+    [](ChnMeta& c, std::string_view v) { c.norm_freq = double_or_0(v); },                // ChnNorm
     [](ChnMeta& c, std::string_view v) { text(c.seiscomp, v, 4); },                      // ChnSeisComp
     chn_none,                                                                             // ChnStnChn
 };

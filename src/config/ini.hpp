@@ -20,6 +20,13 @@ struct UnitMeta {
   char net_seed[3] = {};  // the SEED network code
 };
 
+// One complex root of the sensor's transfer function, in rad/s.
+struct PzRoot {
+  double re = 0, im = 0;
+};
+// Poles and zeros together that a channel keeps: a bounded array, as the record is copied per channel.
+inline constexpr int kPzRoots = 16;
+
 // What a channel's keys give. Fields that only the first line sets keep a value already there.
 struct ChnMeta {
   char seiscomp[5] = {};
@@ -40,6 +47,17 @@ struct ChnMeta {
   double depth = 0;
   std::uint16_t azimuth = 0;
   std::int16_t dip = 0;
+  bool azimuth_given = false;  // an Azm line was read; without one the axis gives the azimuth
+  bool dip_given = false;      // a Dip line was read; likewise
+  // Syntax: ChnZero=re,im and ChnPole=re,im one root a line in rad/s (",im" omitted: 0); ChnNZNP=nz,np
+  // the counts, zeros without a line lying at the origin; ChnNorm=f the normalisation frequency in Hz.
+  PzRoot pz[kPzRoots];         // zeros and poles in the order given
+  std::uint16_t pole_bits = 0; // bit i set: pz[i] is a pole, else a zero
+  std::uint8_t pz_cnt = 0;
+  bool pz_overflow = false;    // more roots were given than pz holds
+  bool nznp_given = false;
+  std::uint8_t nznp_zeros = 0, nznp_poles = 0;
+  double norm_freq = 0;
 };
 
 // The unit's values from its section of the INI file at `path` (a path that does not exist: none).
