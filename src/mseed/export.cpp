@@ -19,6 +19,7 @@
 #include "model/event.hpp"
 #include "mseed/codes.hpp"
 #include "mseed/station_meta.hpp"
+#include "mseed/stationxml.hpp"
 #include "mseed/stream.hpp"
 #include "packet/codes.hpp"
 #include "packet/fields.hpp"
@@ -392,6 +393,27 @@ void Exporter::summary(std::size_t inputs, std::FILE* out) const {
                samples_total_, static_cast<unsigned long long>(files_.records), files_.files(), damaged_total_);
 }
 
+// The StationXML document beside the data, or where --stationxml puts it; a status.
+int write_document(const Options& o, std::vector<StationMeta> stations, std::FILE* out, std::FILE* err) {
+  std::string path = o.stationxml;
+  std::size_t root = o.out_dir.size();
+  if (path.empty()) {
+    path = o.out_dir + "/" + (stations.empty() ? o.net : stations.front().net) + ".xml";
+  } else {
+    // A path the user named is followed as given up to its file name.
+    const std::size_t slash = path.rfind('/');
+    root = slash == std::string::npos ? 0 : slash;
+  }
+  const XmlResult r = write_stationxml(path, root, stations);
+  for (const std::string& w : r.warnings) std::fprintf(err, "lm_mseed: WARNING: %s\n", w.c_str());
+  if (!r.ok) return std::fprintf(err, "lm_mseed: %s\n", r.error.c_str()), status::kWrite;
+  std::string none;
+  for (const std::string& n : r.no_response) none += (none.empty() ? "" : "; ") + n;
+  std::fprintf(out, "lm_mseed: StationXML %s%s%s\n", path.c_str(), none.empty() ? "" : ", no Response for ",
+               none.c_str());
+  return status::kOk;
+}
+
 bool is_dir(const std::string& path) {
   struct stat st;
   return ::stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
@@ -414,7 +436,7 @@ int run_export(const Options& o, const char* argv0, std::FILE* err) {
     for (const std::string& in : o.inputs) st = std::max(st, ex->read_input(in));
     ex->finish();
     ex->summary(o.inputs.size(), stdout);
-    (void)ex->stations();  // the StationXML document is written from these
+    if (!o.no_stationxml) st = std::max(st, write_document(o, ex->stations(), stdout, err));
   } catch (const WriteError& e) {
     std::fprintf(err, "lm_mseed: %s; the export stopped there\n", e.text.c_str());
     return status::kWrite;
