@@ -49,8 +49,9 @@ struct UnitState {
 
 // One channel of one unit and stream, across events and inputs.
 struct ChanState {
-  ChanState(Files& f, std::uint16_t n) : stream(f), number(n) {}
+  ChanState(Files& f, std::uint32_t k, std::uint16_t n) : stream(f), key(k), number(n) {}
   Stream stream;
+  std::uint32_t key;               // unit, stream and channel number
   std::uint16_t number;            // channel number, from 0
   ChnMeta ini;                     // the INI's values, read once
   // The metadata and codes of the event last seen, refreshed when its header changes.
@@ -107,6 +108,7 @@ class Exporter {
   std::unordered_map<std::uint32_t, std::unique_ptr<ChanState>> chans_;
   std::map<std::string, StationMeta> stations_;
   std::map<std::string, std::uint16_t> station_unit_;  // the unit whose values describe a station
+  std::map<std::string, std::uint32_t> code_owner_;    // the channel that first wrote each SEED code
   std::uint64_t gen_ = 0;
   unsigned long long samples_total_ = 0, damaged_total_ = 0;
   // The input being read.
@@ -162,7 +164,7 @@ ChanState& Exporter::channel(UnitState& u, const std::uint8_t* p) {
   const std::uint32_t key = std::uint32_t{u.unit.unit_id} << 16 | (stream & 0xFFu) << 8 | (chn & 0xFFu);
   auto& slot = chans_[key];
   if (!slot) {
-    slot = std::make_unique<ChanState>(files_, chn);
+    slot = std::make_unique<ChanState>(files_, key, chn);
     ChnMeta& m = slot->ini;
     m.band = ' ';
     m.type = ' ';
@@ -213,6 +215,14 @@ const Codes& Exporter::codes_for(UnitState& u, ChanState& c, double rate) {
 // A new segment: the station metadata gets its channel, or widens the one it has.
 void Exporter::note_segment(UnitState& u, ChanState& c) {
   const Codes& k = c.stream.codes();
+  const auto [owner, first] = code_owner_.try_emplace(k.id(), c.key);
+  if (!first && owner->second != c.key && owner->second != ~0u) {
+    // Said once: readers would take the two channels' records for one channel's.
+    std::fprintf(err_, "lm_mseed: WARNING: unit %04X channel %u and unit %04X channel %u are both written as %s; "
+                 "set ChnBand, ChnType or ChnAxis in the INI file to tell them apart\n", owner->second >> 16,
+                 (owner->second & 0xFFu) + 1, c.key >> 16, (c.key & 0xFFu) + 1, k.id().c_str());
+    owner->second = ~0u;
+  }
   StationMeta& st = stations_[std::string(k.net) + "." + k.sta];
   if (st.net.empty()) {
     st.net = k.net;

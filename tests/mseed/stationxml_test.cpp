@@ -16,6 +16,7 @@
 
 #include "config/ini.hpp"
 #include "mseed/stationxml.hpp"
+#include "mseed/readback.hpp"
 #include "support/e2e.hpp"
 
 namespace {
@@ -24,57 +25,8 @@ using lm::mseed::ChannelMeta;
 using lm::mseed::StationMeta;
 using Cx = std::complex<double>;
 constexpr double kPi = std::numbers::pi;
-
-// xmllint's verdict against the FDSN schema; a missing schema is a failure, not a skip.
-void expect_valid(const std::string& file) {
-  const std::string xsd = LM_SOURCE_DIR "/../shared/schemas/fdsn-station-1.2.xsd";
-  ASSERT_TRUE(std::filesystem::exists(xsd)) << "the StationXML schema is missing: " << xsd;
-  std::FILE* p = ::popen(("xmllint --noout --schema '" + xsd + "' '" + file + "' 2>&1").c_str(), "r");
-  ASSERT_NE(p, nullptr);
-  std::string out;
-  char buf[512];
-  while (std::fgets(buf, sizeof buf, p)) out += buf;
-  const int status = ::pclose(p);
-  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << out;
-}
-
-// The document parsed by libxml2 and queried with XPath, "s:" the StationXML namespace.
-class Doc {
- public:
-  explicit Doc(const std::string& file) : doc_(xmlReadFile(file.c_str(), nullptr, XML_PARSE_NONET)) {
-    if (doc_) ctx_ = xmlXPathNewContext(doc_);
-    if (ctx_) xmlXPathRegisterNs(ctx_, BAD_CAST "s", BAD_CAST "http://www.fdsn.org/xml/station/1");
-  }
-  ~Doc() {
-    if (ctx_) xmlXPathFreeContext(ctx_);
-    if (doc_) xmlFreeDoc(doc_);
-  }
-  bool parsed() const { return ctx_ != nullptr; }
-  double num(const std::string& path) const { return eval("number(" + path + ")", false).second; }
-  std::string str(const std::string& path) const { return eval("string(" + path + ")", true).first; }
-  int count(const std::string& path) const { return static_cast<int>(eval("count(" + path + ")", false).second); }
-  // The stage's transfer function |A0 H(i 2 pi fn)| from the values in the document.
-  double normalised_gain(const std::string& pz) const {
-    const Cx s(0, 2 * kPi * num(pz + "/s:NormalizationFrequency"));
-    Cx h = num(pz + "/s:NormalizationFactor");
-    for (int i = 1; i <= count(pz + "/s:Zero"); ++i) h *= s - root(pz + "/s:Zero[" + std::to_string(i) + "]");
-    for (int i = 1; i <= count(pz + "/s:Pole"); ++i) h /= s - root(pz + "/s:Pole[" + std::to_string(i) + "]");
-    return std::abs(h);
-  }
-  Cx root(const std::string& path) const { return {num(path + "/s:Real"), num(path + "/s:Imaginary")}; }
-
- private:
-  std::pair<std::string, double> eval(const std::string& expr, bool text) const {
-    xmlXPathObjectPtr o = ctx_ ? xmlXPathEvalExpression(BAD_CAST expr.c_str(), ctx_) : nullptr;
-    if (!o) return {"", NAN};
-    std::pair<std::string, double> r{"", o->floatval};
-    if (text && o->stringval) r.first = reinterpret_cast<const char*>(o->stringval);
-    xmlXPathFreeObject(o);
-    return r;
-  }
-  xmlDocPtr doc_ = nullptr;
-  xmlXPathContextPtr ctx_ = nullptr;
-};
+using readback::Doc;
+using readback::expect_valid;
 
 ChannelMeta channel(const char* cha, double rate, double tbw, int gain_ndx, std::uint16_t n, const std::string& ini) {
   ChannelMeta c{"", cha, 1234567890123456000, 1234567950123456000, rate, {}, tbw, 0, false};
