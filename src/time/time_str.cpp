@@ -115,8 +115,7 @@ bool time_epoch_us(const char* time, std::int64_t& us) {
   const long year = t.number(TimeText::kYear), day = t.number(TimeText::kDay);
   const long hour = t.number(TimeText::kHour), minute = t.number(TimeText::kMinute);
   const long second = t.number(TimeText::kSecond), milli = t.number(TimeText::kMilli);
-  const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
-  if (year < 1970 || day < 1 || day > (leap ? 366 : 365) || hour > 23 || minute > 59 || second > 59) return false;
+  if (year < 1970) return false;
   // Leap years before a year, counted from year 1.
   auto leaps_before = [](std::int64_t y) { return (y - 1) / 4 - (y - 1) / 100 + (y - 1) / 400; };
   const std::int64_t days = 365 * (year - 1970) + leaps_before(year) - leaps_before(1970) + day - 1;

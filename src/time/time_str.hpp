@@ -45,8 +45,9 @@ void pkt_time_str(const std::uint8_t* packet, char* out);
 void add_str_tim(char* time, float rate, const std::uint8_t* count);
 // A packed directory time (7 bits year - 1984, 25 bits seconds of that year) as 13 digits and a NUL.
 void secs_split(std::uint32_t packed, char* out);
-// Microseconds since 1970-01-01 UTC of a time string; false when a field is not all digits or out of
-// range (day 1 to 365, or 366 in a leap year; hour 0-23; minute and second 0-59), as in a damaged packet.
+// Microseconds since 1970-01-01 UTC of a time string; false when a character is not a digit (a damaged
+// packet's nibble above 9) or the year is before 1970. A field past its range carries into the next
+// one (minute 61 is an hour and a minute), as the converter's own time arithmetic carries.
 bool time_epoch_us(const char* time, std::int64_t& us);
 // Seconds from `from` to `to`, every year counted as 365 days.
 float Time_update(const char* from, const char* to);

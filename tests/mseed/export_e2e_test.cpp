@@ -135,9 +135,9 @@ struct Deployment {
     pktkit::Packet bad = pktkit::make_dt32(0x1234, pkt_time(0), a.seq++, 1, 0, 2, {1, 2, 3});
     bad[23] = 0x77;  // a data format nobody knows
     a.packets.push_back(bad);
-    pktkit::PktTime late = pkt_time(0);
-    late.hh = 25;
-    a.packets.push_back(pktkit::make_dt32(0x1234, late, a.seq++, 1, 0, 2, {1, 2, 3}));
+    bad = pktkit::make_dt32(0x1234, pkt_time(0), a.seq++, 1, 0, 2, {1, 2, 3});
+    bad[8] |= 0xA0;  // the hour's second digit a nibble above 9
+    a.packets.push_back(bad);
     b.last = a.last;
     b.channel(0x1234, 0, Fmt::kSteim2, 65000, z3, 1000);   // goes on where the gap's segment ended
     want = {trace("NZ.ABCD..HHE", 0, e1),        trace("NZ.ABCD..HHN", 0, n1), trace("NZ.ABCD..HHN", 7000, n2),

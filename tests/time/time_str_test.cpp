@@ -64,4 +64,26 @@ TEST(TimeUpdate, ElapsedSecondsWith365DayYears) {
     EXPECT_FLOAT_EQ(lm::Time_update(c.from, c.to), c.want) << c.from << " -> " << c.to;
 }
 
+// Epoch microseconds against dates counted by hand (2009-02-01 is 14276 days after 1970-01-01).
+TEST(TimeEpochUs, LeapYearsCarriesAndDamage) {
+  constexpr std::int64_t kDay = 86400LL * 1000000;
+  const struct { const char* time; bool ok; std::int64_t want; } cases[] = {
+      {"1970001000000000", true, 0},
+      {"2009032000000000", true, 14276 * kDay},
+      {"2009032235959999", true, 14277 * kDay - 1000},
+      {"2000366000000000", true, 11322 * kDay},             // 2000 is a leap year
+      {"2100060000000000", true, 47541 * kDay},             // 2100 is not
+      {"2009032006100000", true, 14276 * kDay + 3660000000LL},  // minute 61 carries into the hour
+      {"1969365000000000", false, 0},
+      {"20090320:0000000", false, 0},                       // a nibble above 9
+  };
+  for (const auto& c : cases) {
+    std::int64_t us = 0;
+    EXPECT_EQ(lm::time_epoch_us(c.time, us), c.ok) << c.time;
+    if (c.ok) {
+      EXPECT_EQ(us, c.want) << c.time;
+    }
+  }
+}
+
 }  // namespace
