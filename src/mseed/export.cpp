@@ -405,10 +405,12 @@ void Exporter::summary(std::size_t inputs, std::FILE* out) const {
 
 // The StationXML document beside the data, or where --stationxml puts it; a status.
 int write_document(const Options& o, std::vector<StationMeta> stations, std::FILE* out, std::FILE* err) {
+  // A document must hold a network: without data there is nothing to describe.
+  if (stations.empty()) return std::fputs("lm_mseed: no data, so no StationXML\n", out), status::kOk;
   std::string path = o.stationxml;
   std::size_t root = o.out_dir.size();
   if (path.empty()) {
-    path = o.out_dir + "/" + (stations.empty() ? o.net : stations.front().net) + ".xml";
+    path = o.out_dir + "/" + stations.front().net + ".xml";
   } else {
     // A path the user named is followed as given up to its file name.
     const std::size_t slash = path.rfind('/');

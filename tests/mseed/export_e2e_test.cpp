@@ -72,10 +72,14 @@ struct Feed {
     const auto it = last.find(unsigned{unit} << 8 | chn);
     return it == last.end() ? std::nullopt : std::optional<std::int32_t>(it->second);
   }
+  // An event header, and the SC packet that names the recorder.
   void header(std::uint16_t unit, const std::string& station) {
     pktkit::EventInfo info;
     info.station = station;
     packets.push_back(pktkit::make_event_packet("EH", unit, pkt_time(0), seq++, 1, 0, false, info));
+    pktkit::Packet sc = pktkit::make_header("SC", unit, pkt_time(0), seq++);
+    pktkit::put_text(sc, 150, "DAS-7       1234        ");
+    packets.push_back(sc);
   }
 };
 
@@ -237,6 +241,8 @@ TEST(MseedExport, StationXmlAgreesWithTheRecords) {
                                  t.start + static_cast<hptime_t>((t.samples.size() - 1) * HPTMODULUS / t.rate));
   }
   EXPECT_EQ(doc.count("//s:Channel"), static_cast<int>(spans.size()));
+  EXPECT_EQ(doc.str("//s:Station[@code='ABCD']/s:Equipment/s:Model"), "DAS-7");
+  EXPECT_EQ(doc.str("//s:Station[@code='ABCD']/s:Channel[@code='HHZ']/s:DataLogger/s:SerialNumber"), "1234");
   for (const auto& [id, span] : spans) {
     std::stringstream parts(id);
     std::string net, sta, loc, cha;
