@@ -32,7 +32,21 @@ void put(char (&dst)[11], const char* src) { std::snprintf(dst, sizeof dst, "%s"
 std::string Codes::id() const { return std::string(net) + "." + sta + "." + loc + "." + cha; }
 
 Files::~Files() {
-  for (Stream* s : open_) std::fclose(s->fp_), s->fp_ = nullptr;
+  while (!open_.empty()) forget(*open_.back());
+}
+
+void Files::forget(Stream& s) {
+  if (s.fp_) {
+    std::fclose(s.fp_);
+    s.fp_ = nullptr;
+    open_.erase(std::find(open_.begin(), open_.end(), &s));
+  }
+  if (s.buffered_at_ != Stream::kNone) {
+    buffered_[s.buffered_at_] = buffered_.back();
+    buffered_[s.buffered_at_]->buffered_at_ = s.buffered_at_;
+    buffered_.pop_back();
+    s.buffered_at_ = Stream::kNone;
+  }
 }
 
 void Files::fail(const std::string& path, const char* what) {
@@ -97,16 +111,33 @@ void Files::close(Stream& s) {
   open_.erase(std::find(open_.begin(), open_.end(), &s));
 }
 
+void Files::use(Stream& s) {
+  s.used_ = ++clock_;
+  if (s.buffered_at_ != Stream::kNone) return;
+  if (buffered_.size() == kMaxBuffered) {
+    auto oldest = std::min_element(buffered_.begin(), buffered_.end(),
+                                   [](const Stream* a, const Stream* b) { return a->used_ < b->used_; });
+    Stream& o = **oldest;
+    o.pack(true);  // a short record inside the segment, which goes on when the channel comes back
+    std::vector<std::int32_t>().swap(o.buf_);
+    o.buffered_at_ = Stream::kNone;
+    *oldest = buffered_.back();
+    (*oldest)->buffered_at_ = static_cast<std::size_t>(oldest - buffered_.begin());
+    buffered_.pop_back();
+  }
+  s.buffered_at_ = buffered_.size();
+  buffered_.push_back(&s);
+  s.buf_.reserve(s.pack_at_ + kMaxSamples);
+}
+
 void Files::close_all() {
   while (!open_.empty()) close(*open_.back());
 }
 
-Stream::Stream(Files& files)
-    : files_(files), pack_at_(record_capacity(files.opt().reclen, files.opt().encoding)) {
-  buf_.reserve(pack_at_ + kMaxSamples);
-}
+Stream::Stream(Files& files) : files_(files), pack_at_(record_capacity(files.opt().reclen, files.opt().encoding)) {}
 
 Stream::~Stream() {
+  files_.forget(*this);
   if (msr_) msr_->datasamples = nullptr;  // ours, not libmseed's to free
   msr_free(&msr_);
 }
@@ -166,6 +197,7 @@ std::int64_t Stream::first_of_next_day() const {
 }
 
 void Stream::append(const std::int32_t* s, std::size_t n) {
+  files_.use(*this);
   const bool split = files_.opt().layout == Layout::kSds && rate_ > 0;
   while (n > 0) {
     std::size_t take = n;

@@ -39,6 +39,12 @@ class Files {
   void close_all();
   // Throws the first failure kept since the last call.
   void check();
+  // A stream about to take samples. Few streams hold unpacked samples at once: past the bound, the one
+  // unused longest packs what it holds and gives its buffer back, so memory stays bounded however many
+  // channels an input names.
+  void use(Stream& s);
+  // A stream that goes: its file closed without a word (the run has ended already) and its places freed.
+  void forget(Stream& s);
   const Options& opt() const { return opt_; }
   std::uint64_t records = 0;
   std::size_t files() const { return claimed_.size(); }
@@ -49,7 +55,10 @@ class Files {
   std::string name_for(const Stream& s);
   std::string error_;
   static constexpr std::size_t kMaxOpen = 64;
+  static constexpr std::size_t kMaxBuffered = 1024;
   const Options& opt_;
+  std::vector<Stream*> buffered_;  // streams that hold a buffer
+  std::uint64_t clock_ = 0;
   std::size_t root_;
   std::vector<Stream*> open_;
   std::unordered_set<std::string> claimed_;
@@ -98,6 +107,9 @@ class Stream {
   hptime_t day_end_ = 0;       // SDS: the midnight that ends the current day file
   std::int32_t sequence_ = 1;  // record sequence number, on from segment to segment
   std::size_t pack_at_ = 0;     // enough samples for a full record of any content
+  std::size_t buffered_at_ = kNone;  // place among the streams that hold a buffer
+  std::uint64_t used_ = 0;      // when it last took samples
+  static constexpr std::size_t kNone = ~std::size_t{0};
   // The file the records go to, named at its first record; `fp_` is null while the cache has it closed.
   std::string path_;
   std::FILE* fp_ = nullptr;

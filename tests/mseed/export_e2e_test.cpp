@@ -259,6 +259,32 @@ TEST(MseedExport, StationXmlAgreesWithTheRecords) {
   }
 }
 
+// More channels than may hold unpacked samples at once, their packets interleaved: each channel's
+// records still join into one trace of every sample.
+TEST(MseedExport, ChannelsBeyondTheBufferBoundLoseNothing) {
+  constexpr unsigned kUnits = 1100;
+  Feed f;
+  std::vector<Trace> want;
+  for (unsigned round = 0; round < 2; ++round)
+    for (unsigned u = 1; u <= kUnits; ++u) f.channel(static_cast<std::uint16_t>(u), 0, Fmt::k32, round * 500, wave(50, u), 50);
+  for (unsigned u = 1; u <= kUnits; ++u) {
+    char id[32];
+    std::snprintf(id, sizeof id, "XX.%04X..HHZ", u);
+    want.push_back(trace(id, 0, join(wave(50, u), wave(50, u))));
+  }
+  std::sort(want.begin(), want.end(), [](const Trace& a, const Trace& b) { return a.id < b.id; });
+  e2e::TempDir tmp;
+  fs::create_directory(tmp / "out");
+  e2e::write_packets(tmp / "a.pkt", f.packets);
+  lm::mseed::Options o;
+  o.out_dir = tmp / "out";
+  o.inputs = {tmp / "a.pkt"};
+  o.ini = tmp / "none.ini";
+  o.no_stationxml = true;
+  ASSERT_EQ(run_export(o).status, 0);
+  EXPECT_EQ(readback::read_traces(data_files(tmp / "out")), want);
+}
+
 // What the user is told, and the status, when the export cannot do its work.
 TEST(MseedExport, FailuresNameTheFileAndSetTheStatus) {
   e2e::TempDir tmp;
