@@ -26,4 +26,11 @@ bool append_text(char (&dst)[N], std::string_view src) {
   return n == src.size();
 }
 
+// A fixed-width field's text without the blanks that pad it (and the NULs after it).
+inline std::string_view trimmed(std::string_view s) {
+  while (!s.empty() && (s.back() == ' ' || s.back() == '\0')) s.remove_suffix(1);
+  while (!s.empty() && s.front() == ' ') s.remove_prefix(1);
+  return s;
+}
+
 }  // namespace lm

@@ -3,6 +3,7 @@
 #include <cctype>
 #include <cstdio>
 
+#include "base/text.hpp"
 #include "config/tables.hpp"
 
 namespace lm::mseed {
@@ -41,9 +42,7 @@ SensorClass sensor_class(std::uint16_t sensor_ndx) {
 }
 
 std::string seed_code(std::string_view text, std::size_t max, bool& altered) {
-  // Blanks that pad a fixed-width field are not part of the name.
-  while (!text.empty() && (text.back() == ' ' || text.back() == '\0')) text.remove_suffix(1);
-  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+  text = trimmed(text);  // blanks that pad a fixed-width field are not part of the name
   std::string out;
   for (char c : text) {
     if (!is_code_char(c) || out.size() == max) {

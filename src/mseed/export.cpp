@@ -13,6 +13,7 @@
 #include <unordered_map>
 
 #include "base/file_util.hpp"
+#include "base/text.hpp"
 #include "config/tables.hpp"
 #include "decode/decoders.hpp"
 #include "model/channel.hpp"
@@ -67,12 +68,6 @@ struct ChanState {
   std::vector<std::int32_t> held;
   hptime_t held_t = 0;
 };
-
-std::string trimmed(std::string_view s) {
-  while (!s.empty() && (s.back() == ' ' || s.back() == '\0')) s.remove_suffix(1);
-  while (!s.empty() && s.front() == ' ') s.remove_prefix(1);
-  return std::string(s);
-}
 
 class Exporter {
  public:
@@ -325,8 +320,8 @@ void Exporter::packet(const std::uint8_t* p) {
     case kET: event_packet(code, p); break;
     case kSC: {
       UnitState& u = unit(p);
-      u.das_model = trimmed(soh::kDasModel.text(p));
-      u.das_serial = trimmed(soh::kDasSerial.text(p));
+      u.das_model = lm::trimmed(soh::kDasModel.text(p));
+      u.das_serial = lm::trimmed(soh::kDasSerial.text(p));
       break;
     }
     case kNone: damaged("not a packet of a known type; skipped"); break;
@@ -386,7 +381,7 @@ std::vector<StationMeta> Exporter::stations() {
   for (auto& [key, st] : stations_) {
     const UnitState& u = *units_[station_unit_[key]];
     st.unit_id = u.unit.unit_id;
-    st.site = trimmed(u.unit.station);
+    st.site = lm::trimmed(u.unit.station);
     st.lat = u.unit.lat;
     st.lon = u.unit.lon;
     st.elev = u.unit.alt;
