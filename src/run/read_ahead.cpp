@@ -56,7 +56,7 @@ struct ReadAhead::Batch {
   bool read_error = false;
   bool is_dt[kBatch] = {};  // a DT packet of a known format, prepared
   PreparedDt prepared[kBatch];
-  char text[kBatch * kMaxSamples * kSampleLineMax];
+  char text[kBatch * kMaxSamples * kSampleLineMax + kSampleLineSlack];
 };
 
 ReadAhead::ReadAhead(std::FILE* in, const char* path) : in_(in), path_(path) {
