@@ -34,22 +34,18 @@ std::uint32_t first_difference(unsigned code, std::uint32_t w) {
 
 // How a data word splits, by its code and top nibble: `n` differences of `bits` bits, most
 // significant first; n = 0 for an empty word or an undefined nibble (`bad`). Lane i of the seven
-// is word * up[i] (its difference moved to the top bits) taken as signed, times scale[i] = 2^bits,
-// high half: the arithmetic shift right by 32 - bits done by multiplies, which cost less than
-// shifts by a variable count. scale[i] = 0 empties the lanes past n.
+// is word * up[i] (its difference moved to the top bits: a multiply costs less than a shift by a
+// variable count), taken as signed and shifted right by `right`; up[i] = 0 empties the lanes past n.
 struct WordShape {
   std::uint8_t n;
   bool bad;
+  std::uint8_t right;
   std::uint32_t up[7];
-  std::int64_t scale[7];
 };
 
 constexpr WordShape shape(int n, int bits, bool bad = false) {
-  WordShape sh{static_cast<std::uint8_t>(n), bad, {}, {}};
-  for (int i = 0; i < n; ++i) {
-    sh.up[i] = 1u << (32 - bits * (n - i));
-    sh.scale[i] = std::int64_t{1} << bits;
-  }
+  WordShape sh{static_cast<std::uint8_t>(n), bad, static_cast<std::uint8_t>(n ? 32 - bits : 0), {}};
+  for (int i = 0; i < n; ++i) sh.up[i] = 1u << (32 - bits * (n - i));
   return sh;
 }
 
@@ -66,8 +62,7 @@ inline std::uint32_t* unpack(std::uint32_t w, const WordShape& sh, std::uint32_t
   std::uint32_t run = s;
 #pragma GCC unroll 7
   for (int i = 0; i < 7; ++i) {
-    const std::int64_t top = static_cast<std::int32_t>(w * sh.up[i]);
-    run += static_cast<std::uint32_t>((top * sh.scale[i]) >> 32);
+    run += static_cast<std::uint32_t>(static_cast<std::int32_t>(w * sh.up[i]) >> sh.right);
     out[i] = run;
   }
   s = run;
