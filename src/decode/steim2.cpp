@@ -34,21 +34,18 @@ std::uint32_t first_difference(unsigned code, std::uint32_t w) {
 
 // How a data word splits, by its code and top nibble: `n` differences of `bits` bits, most
 // significant first; n = 0 for an empty word or an undefined nibble (`bad`). Lane i of the seven
-// is (word << left[i]) >> right, sign-extended, and kept by keep[i] (all ones for i < n).
+// is word * up[i] (its difference moved to the top bits: a multiply costs less than a shift by a
+// variable count), taken as signed and shifted right by `right`; up[i] = 0 empties the lanes past n.
 struct WordShape {
   std::uint8_t n;
   bool bad;
   std::uint8_t right;
-  std::uint8_t left[7];
-  std::uint32_t keep[7];
+  std::uint32_t up[7];
 };
 
 constexpr WordShape shape(int n, int bits, bool bad = false) {
-  WordShape sh{static_cast<std::uint8_t>(n), bad, static_cast<std::uint8_t>(n ? 32 - bits : 0), {}, {}};
-  for (int i = 0; i < n; ++i) {
-    sh.left[i] = static_cast<std::uint8_t>(32 - bits * (n - i));
-    sh.keep[i] = ~0u;
-  }
+  WordShape sh{static_cast<std::uint8_t>(n), bad, static_cast<std::uint8_t>(n ? 32 - bits : 0), {}};
+  for (int i = 0; i < n; ++i) sh.up[i] = 1u << (32 - bits * (n - i));
   return sh;
 }
 
@@ -63,9 +60,9 @@ constexpr WordShape kShapes[16] = {
 // out[n..7) as scratch. Branch-free: the widths of neighbouring words are as random as the signal.
 inline std::uint32_t* unpack(std::uint32_t w, const WordShape& sh, std::uint32_t& s, std::uint32_t* out) {
   std::uint32_t run = s;
+#pragma GCC unroll 7
   for (int i = 0; i < 7; ++i) {
-    const std::int32_t d = static_cast<std::int32_t>(w << sh.left[i]) >> sh.right;
-    run += static_cast<std::uint32_t>(d) & sh.keep[i];
+    run += static_cast<std::uint32_t>(static_cast<std::int32_t>(w * sh.up[i]) >> sh.right);
     out[i] = run;
   }
   s = run;

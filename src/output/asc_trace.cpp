@@ -7,7 +7,6 @@
 
 #include "config/tables.hpp"
 #include "decode/decoders.hpp"
-#include "base/dec_text.hpp"
 #include "model/settings.hpp"
 #include "time/time_str.hpp"
 
@@ -96,10 +95,7 @@ SampleText sample_text(char* out, const std::int32_t* v, std::uint32_t n) {
     st.sum += x;
     lo = x < lo ? x : lo;
     hi = x > hi ? x : hi;
-    out = put_dec(out, x);
-    out[0] = '\r';
-    out[1] = '\n';
-    out += 2;
+    out = put_sample_line(out, x);
   }
   st.lo = lo;
   st.hi = hi;
@@ -148,7 +144,7 @@ void Asc_data_out(CHNLST_T* chn, const std::int32_t* samples, std::uint16_t coun
   const std::int32_t* const v = samples + i;
   const std::uint32_t n = end - i;
   // Text made here goes out in one write per packet too, so the file is written in the same pieces.
-  static char own_text[kMaxSamples * kSampleLineMax];
+  static char own_text[kMaxSamples * kSampleLineMax + kSampleLineSlack];
   const SampleText t = ahead && n == count ? *ahead : sample_text(own_text, v, n);
   Running run(*chn);
   run.add_packet(v, n, t.stats);

@@ -2,13 +2,11 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "base/sample_line.hpp"
 #include "model/records.hpp"
 #include "model/settings.hpp"
 
 namespace lm {
-
-// Longest sample line: "-2147483648\r\n".
-inline constexpr std::size_t kSampleLineMax = 13;
 
 // Count, sum and extremes of a run of samples, with where each extreme first occurs.
 struct PacketStats {
@@ -25,8 +23,8 @@ struct SampleText {
   PacketStats stats;
 };
 
-// One "%ld\r\n" line per sample of v[0..n) (n >= 1) into out, which has room for n * kSampleLineMax
-// bytes, and the samples' statistics, in one pass.
+// One "%ld\r\n" line per sample of v[0..n) (n >= 1) into out, which has room for
+// n * kSampleLineMax + kSampleLineSlack bytes, and the samples' statistics, in one pass.
 SampleText sample_text(char* out, const std::int32_t* v, std::uint32_t n);
 
 // The ten header lines of a trace file at the file's current position (when headers are on).

@@ -4,7 +4,6 @@
 #include <signal.h>
 
 #include <atomic>
-#include <chrono>
 #include <cstring>
 #include <span>
 #include <system_error>
@@ -19,22 +18,11 @@ namespace {
 
 enum class State : int { kIdle, kQueued, kReady, kStop };
 
-// Waits for a state that `done` accepts. The other thread's turn is usually less than a batch
-// away, and waking a sleeping thread takes longer than that on a busy machine: it is awaited
-// spinning for up to kSpin before the thread sleeps.
-constexpr auto kSpin = std::chrono::microseconds(500);
-
+// Waits for a state that `done` accepts, asleep: with the ring's batches read ahead, a thread
+// that waits has nothing to do soon, and spinning for the other cost more processor time than it
+// saved in wall time.
 template <class Done>
 State await(const std::atomic<State>& state, Done done) {
-  const auto until = std::chrono::steady_clock::now() + kSpin;
-  for (unsigned i = 1;; ++i) {
-    const State s = state.load(std::memory_order_acquire);
-    if (done(s)) return s;
-#if defined(__x86_64__) || defined(__i386__)
-    __builtin_ia32_pause();
-#endif
-    if (i % 64 == 0 && std::chrono::steady_clock::now() > until) break;
-  }
   for (;;) {
     const State s = state.load(std::memory_order_acquire);
     if (done(s)) return s;
@@ -56,7 +44,7 @@ struct ReadAhead::Batch {
   bool read_error = false;
   bool is_dt[kBatch] = {};  // a DT packet of a known format, prepared
   PreparedDt prepared[kBatch];
-  char text[kBatch * kMaxSamples * kSampleLineMax];
+  char text[kBatch * kMaxSamples * kSampleLineMax + kSampleLineSlack];
 };
 
 ReadAhead::ReadAhead(std::FILE* in, const char* path) : in_(in), path_(path) {
