@@ -4,6 +4,7 @@
 #   events    2,000 open events x 16 channels: peak memory
 #   memory    out of memory under ulimit -v: the exit status (40 or 255, never a crash)
 #   full      output on a full 1 MB tmpfs (root only, skipped otherwise): status 22 naming the file
+#   links     links planted in the output directory (lm_asc, lm_mseed): refused, the outside unchanged
 #   parallel  two runs into one directory at the same time, 300 trials: no trace file with two headers
 #   interrupt SIGINT and SIGTERM in a long run: status 1, every trace header counts its samples
 # Usage: bench/reliability.sh [trials-for-parallel]
@@ -11,6 +12,8 @@ set -uo pipefail
 cd "$(dirname "$0")/.."
 cmake -S . -B build -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
 cmake --build build -j2 --target lm_asc lm_pktgen lm_probegen >/dev/null || exit 1
+# lm_mseed exists only where libmseed and libxml2 were found; its probe is skipped without it.
+cmake --build build -j2 --target lm_mseed >/dev/null 2>&1
 bin=$PWD/build
 work=$(mktemp -d)
 trap 'cd /; mountpoint -q "$work/full" && umount "$work/full"; mountpoint -q "$work" && umount "$work"; rm -rf "$work"' EXIT
@@ -68,6 +71,19 @@ for name in small.lml ID0A2B.lml 2009_032; do
   last=$(tr '\r' '\n' <o.txt | grep -v '^ *$' | tail -1)
   echo "link planted at $name: status $st, '$last'; outside file: $(cat outside_file), outside folder: $(ls outside | wc -l) files"
 done
+# The same for lm_mseed: an SDS level, a flat data file, the StationXML file.
+if [ -x "$bin/lm_mseed" ]; then
+  for name in 2009 XX.PIER1..HHZ.2009.032.140530.mseed XX.xml; do
+    fresh
+    rm -rf outside && echo kept >outside_file && mkdir outside
+    if [ "$name" = 2009 ]; then ln -s "$PWD/outside" "out/$name"; sw="--layout sds"; else ln -s "$PWD/outside_file" "out/$name"; sw=; fi
+    LMU=none "$bin/lm_mseed" -q -o out $sw small.pkt >/dev/null 2>o.txt; st=$?
+    echo "lm_mseed link planted at $name: status $st, '$(tail -1 o.txt)'; outside file: $(cat outside_file)," \
+         "outside folder: $(ls outside | wc -l) files"
+  done
+else
+  echo "lm_mseed links: skipped (lm_mseed not built)"
+fi
 
 trials=${1:-300}
 "$bin/lm_pktgen" small.pkt 1 2 >/dev/null

@@ -39,9 +39,22 @@ set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # lm_batch runs its jobs through GNU parallel.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS parallel)
+# The description names the programs this build packages; shlibdeps adds the libraries they link
+# (Cairo for lm_plot, libmseed and libxml2 for lm_mseed).
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "convert seismic recorder packet files into ASCII traces")
-set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "lm_asc reads files of 1024-byte packets written by field seismic recorders and
+set(LM_DESCRIPTION "lm_asc reads files of 1024-byte packets written by field seismic recorders and
 writes one ASCII trace file per channel of each event, with packet logs and
 optional statistics. lm_batch converts a whole folder of such files in
-parallel, resumably; lm_plot draws quick-look pictures of the converted events.")
+parallel, resumably.")
+if(TARGET lm_mseed)
+  set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "convert seismic recorder packet files into ASCII traces and miniSEED")
+  string(APPEND LM_DESCRIPTION "
+lm_mseed exports the same packets as miniSEED records, flat or as an SDS
+archive, with a StationXML document of the stations.")
+endif()
+if(TARGET lm_plot)
+  string(APPEND LM_DESCRIPTION "
+lm_plot draws quick-look pictures of the converted events.")
+endif()
+set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "${LM_DESCRIPTION}")
 include(CPack)

@@ -9,10 +9,13 @@ secs=${1:-60}
 CC=clang CXX=clang++ cmake -S . -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DLM_FUZZ=ON -DLM_TESTS=OFF >/dev/null
 cmake --build build-fuzz -j2 >/dev/null
 b=build-fuzz
+targets=(convert steim dumps ini)
+# The export's target is built only where libmseed and libxml2 are.
+[ -x $b/fuzz_mseed ] && targets+=(mseed)
 seeds=$b/seeds
 rm -rf "$seeds"
-mkdir -p "$seeds"/{convert,steim,dumps,ini} "$b/findings"
-for t in convert steim dumps ini; do mkdir -p "$b/corpus/$t"; done
+mkdir -p "$seeds"/{convert,steim,dumps,ini,mseed} "$b/findings"
+for t in "${targets[@]}"; do mkdir -p "$b/corpus/$t"; done
 
 # Whole inputs, each followed by the two bytes that choose the switches.
 $b/lm_pktgen "$seeds/sample.pkt" 1 2 >/dev/null
@@ -30,11 +33,23 @@ cp "$seeds"/steim/p* "$seeds/dumps/"
 printf '[0A2B]\r\nStation=PIER1 ; north pier\r\nLatitude=34.0522\r\nLongitude=-118.2437\r\nAltitude=71\r\n'\
 'Ch1SnsMake=Kinemetrics\r\nCh1SnsModel=Episensor\r\nCh1SnsVPU=1.25\r\nCh2Axis=N\r\n[0A2C]\r\nStation=X\r\n' \
   >"$seeds/ini/sample.ini"
+# The export: whole inputs followed by an INI (shorter than a packet) or none, and the byte that chooses
+# the options.
+{ cat "$seeds/ini/sample.ini"
+  printf 'NetSEED=XY\r\nCh2NZNP=1,2\r\nCh2Zero=0,0\r\nCh2Pole=-981,1009\r\nCh2Pole=-981,-1009\r\nCh2Norm=1\r\n'
+  printf 'Ch3SnsFreq=1\r\nCh3SnsDamp=0.7\r\nCh3Azm=90\r\nCh3Dip=0\r\n'; } >"$seeds/export.ini"
+i=0
+for f in sample events units; do
+  for sw in '\x00' '\x25' '\x3e'; do
+    { cat "$seeds/$f.pkt"; printf "$sw"; } >"$seeds/mseed/$f$((i++))"
+    { cat "$seeds/$f.pkt" "$seeds/export.ini"; printf "$sw"; } >"$seeds/mseed/$f$((i++))"
+  done
+done
 
 status=0
-for t in convert steim dumps ini; do
+for t in "${targets[@]}"; do
   case $t in
-    convert) max_len=65536 ;;
+    convert | mseed) max_len=65536 ;;
     ini) max_len=4096 ;;
     steim) max_len=1028 ;;
     *) max_len=1024 ;;

@@ -132,14 +132,15 @@ lm::RunExit reopen_after_unit_change(const std::string& out, const std::function
 // A link planted in the output tree, under a name the run will use, to a file or folder outside:
 // the run refuses it, names it, and the outside target stays as it was.
 TEST(Reliability, NoOutputFollowsALinkPlantedInTheOutputTree) {
-  enum Tool { kAsc, kReopen, kPlot };
+  enum Tool { kAsc, kReopen, kPlot, kMseed };
+  const std::string mseed_file = "XX.STN1..HHZ.2009.032.000000.mseed";
   const struct {
     Tool tool;
-    std::string planted;  // below out/; empty: the trace file the run reopens
+    std::string planted;  // below out/ (its folders made real first); empty: the trace file the run reopens
     bool folder;          // the link points at a folder
     std::vector<std::string> args;
     int status;
-    std::string says;     // the end of standard output (standard error for lm_plot)
+    std::string says;     // the end of standard output (standard error for lm_plot and lm_mseed)
   } cases[] = {
       {kAsc, "in.lml", false, {}, 20, "\nFile open error for 'out/in.lml'"},
       {kAsc, "ID9A3F.lml", false, {}, 20, "\nFile open error for 'out/ID9A3F.lml'"},
@@ -151,6 +152,16 @@ TEST(Reliability, NoOutputFollowsALinkPlantedInTheOutputTree) {
        "\n\nERROR!!!!\n   unable to open out/2009_032/" + std::string(kTrace) + " for output."},
       {kReopen, "", false, {}, 20, "\n\nERROR!!!!\n   unable to open %s for output."},
       {kPlot, "2009032000000000_STN1__1.png", false, {}, 1, "Too many levels of symbolic links\n"},
+      // lm_mseed: an SDS level at the top and one below real ones, a flat data file, the StationXML file.
+      {kMseed, "2009", true, {"--layout", "sds"}, 22,
+       "cannot make the directories of 'out/2009/XX/STN1/HHZ.D/XX.STN1..HHZ.D.2009.032': Not a directory; "
+       "the export stopped there\n"},
+      {kMseed, "2009/XX/STN1", true, {"--layout", "sds"}, 22,
+       "cannot make the directories of 'out/2009/XX/STN1/HHZ.D/XX.STN1..HHZ.D.2009.032': Not a directory; "
+       "the export stopped there\n"},
+      {kMseed, mseed_file, false, {}, 22,
+       "cannot open 'out/" + mseed_file + "': Too many levels of symbolic links; the export stopped there\n"},
+      {kMseed, "XX.xml", false, {}, 22, "File open error for 'out/XX.xml': Too many levels of symbolic links\n"},
   };
   e2e::TempDir tmp;
   e2e::write_packets(tmp / "in.pkt", one_event(2));
@@ -159,12 +170,18 @@ TEST(Reliability, NoOutputFollowsALinkPlantedInTheOutputTree) {
 #ifndef LM_PLOT_BIN
     if (c.tool == kPlot) continue;  // lm_plot is built only with Cairo
 #endif
+#ifndef LM_MSEED_BIN
+    if (c.tool == kMseed) continue;  // lm_mseed is built only with libmseed and libxml2
+#endif
     fs::remove_all(tmp / "out");
     fs::remove_all(outside);
     fs::create_directories(tmp / "out");
     if (c.folder) fs::create_directories(outside);
     else std::ofstream(outside) << "kept\n";
-    const auto plant = [&](const std::string& name) { fs::create_symlink(outside, name); };
+    const auto plant = [&](const std::string& name) {
+      fs::create_directories(fs::path(name).parent_path());
+      fs::create_symlink(outside, name);
+    };
     int status = -1;
     std::string says;
     if (c.tool == kReopen) {
@@ -181,7 +198,18 @@ TEST(Reliability, NoOutputFollowsALinkPlantedInTheOutputTree) {
       const e2e::RunResult r = e2e::run(args, tmp.str());
       status = r.status;
       says = r.out;
-      if (c.status == 0) EXPECT_TRUE(e2e::exists(tmp / ("out/" + std::string(kTrace)))) << c.planted;
+      if (c.status == 0) {
+        EXPECT_TRUE(e2e::exists(tmp / ("out/" + std::string(kTrace)))) << c.planted;
+      }
+    } else if (c.tool == kMseed) {
+#ifdef LM_MSEED_BIN
+      plant(tmp / ("out/" + c.planted));
+      std::string cmd = "cd " + tmp.str() + " && LMU=none " LM_MSEED_BIN " -q -o out";
+      for (const std::string& a : c.args) cmd += " " + a;
+      const int st = std::system((cmd + " in.pkt >/dev/null 2>err").c_str());
+      status = WIFEXITED(st) ? WEXITSTATUS(st) : -1;
+      says = e2e::read_file(tmp / "err");
+#endif
     } else {
 #ifdef LM_PLOT_BIN
       ASSERT_EQ(e2e::run({"in.pkt", "out", "-VN"}, tmp.str()).status, 0);
@@ -193,7 +221,7 @@ TEST(Reliability, NoOutputFollowsALinkPlantedInTheOutputTree) {
     }
     EXPECT_EQ(status, c.status) << c.planted << says;
     EXPECT_TRUE(says.ends_with(c.says)) << c.planted << ": " << says;
-      if (c.folder) {
+    if (c.folder) {
       EXPECT_TRUE(fs::is_empty(outside)) << c.planted;
     } else {
       EXPECT_EQ(e2e::read_file(outside), "kept\n") << c.planted;

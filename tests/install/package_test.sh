@@ -37,6 +37,13 @@ for d in libc6 libstdc++6 parallel; do expect "depends on $d ($depends)" grep -q
 if [[ " ${programs[*]} " == *" lm_plot "* ]]; then
   expect "depends on Cairo ($depends)" grep -q 'libcairo2\b' <<<"$depends"
 fi
+mseed_opt=()
+if [[ " ${programs[*]} " == *" lm_mseed "* ]]; then
+  expect "depends on libmseed ($depends)" grep -q '\blibmseed[0-9]' <<<"$depends"
+  expect "depends on libxml2 ($depends)" grep -q '\blibxml2\b' <<<"$depends"
+  expect "the description names lm_mseed" grep -q 'lm_mseed' <(dpkg-deb -f "$deb" Description)
+  mseed_opt=(--mseed)
+fi
 
 echo "lintian:"
 lintian --fail-on error "$deb" 2>&1 | tee "$tmp/lintian.txt"
@@ -54,8 +61,11 @@ done
 expect "lm_asc without arguments: status 2" test $? = 2
 expect "lm_asc usage" grep -q 'LM_ASC \[switches\] sourceFile \[output_path\] \[switches\]' "$tmp/usage.txt"
 mkdir "$tmp/in" && cp "$src/examples/sample.pkt" "$tmp/in/"
-expect "installed lm_batch runs the installed lm_asc" "$bin/lm_batch" -j 1 "$tmp/in" "$tmp/out" >/dev/null
+expect "installed lm_batch runs the installed programs" "$bin/lm_batch" -j 1 "${mseed_opt[@]}" "$tmp/in" "$tmp/out" >/dev/null
 expect "the sample converted" test -n "$(find "$tmp/out/sample.pkt" -name '*.atr')"
+if ((${#mseed_opt[@]})); then
+  expect "the sample exported" test -n "$(find "$tmp/out/sample.pkt" -name '*.mseed')"
+fi
 
 for page in "$tmp"/root/usr/share/man/man1/*.1.gz; do
   name=$(basename "$page")
