@@ -437,6 +437,8 @@ int run_export(const Options& o, const char* argv0, std::FILE* err) {
   if (!o.ini.empty() && ::access(ini.c_str(), R_OK) != 0)
     std::fprintf(err, "lm_mseed: WARNING: the INI file '%s' cannot be read; using defaults\n", ini.c_str());
   set_open_retry_seconds(0);
+  // libmseed's own error lines would go to standard error unasked; every failure is reported here.
+  ms_loginit(nullptr, nullptr, [](char*) {}, nullptr);
   int st = status::kOk;
   try {
     auto ex = std::make_unique<Exporter>(o, ini, err);

@@ -196,8 +196,27 @@ std::int64_t Stream::first_of_next_day() const {
   return k;
 }
 
+// Whether Steim can write every difference of the samples, from the segment's last one on: a damaged
+// packet's kept samples may jump by more than Steim-2's 30 bits (or even Steim-1's 32).
+bool Stream::steim_holds(const std::int32_t* s, std::size_t n) const {
+  const std::int64_t lim = msr_->encoding == DE_STEIM2 ? std::int64_t{1} << 29 : std::int64_t{1} << 31;
+  std::int64_t prev = n_ ? tail_ : s[0];  // a segment's first record has no difference before it
+  for (std::size_t i = 0; i < n; ++i) {
+    const std::int64_t d = s[i] - prev;
+    if (d < -lim || d >= lim) return false;
+    prev = s[i];
+  }
+  return true;
+}
+
 void Stream::append(const std::int32_t* s, std::size_t n) {
   files_.use(*this);
+  if (msr_->encoding != DE_INT32 && !steim_holds(s, n)) {
+    // What Steim cannot hold goes on in 32-bit integer records, so that no sample is lost.
+    pack(true);
+    msr_->encoding = DE_INT32;
+  }
+  if (n) tail_ = s[n - 1];
   const bool split = files_.opt().layout == Layout::kSds && rate_ > 0;
   while (n > 0) {
     std::size_t take = n;

@@ -93,6 +93,7 @@ class Stream {
   void begin(hptime_t t, double rate, const Codes& codes);
   void append(const std::int32_t* s, std::size_t n);
   std::int64_t first_of_next_day() const;
+  bool steim_holds(const std::int32_t* s, std::size_t n) const;
   void pack(bool flush);
   static void on_record(char* record, int len, void* self);
 
@@ -104,6 +105,7 @@ class Stream {
   hptime_t start_ = 0;         // the segment's first sample
   std::int64_t n_ = 0;         // samples in the segment
   std::int64_t packed_ = 0;    // of them, packed into records
+  std::int32_t tail_ = 0;      // the segment's last sample, from which the next difference is taken
   hptime_t day_end_ = 0;       // SDS: the midnight that ends the current day file
   std::int32_t sequence_ = 1;  // record sequence number, on from segment to segment
   std::size_t pack_at_ = 0;     // enough samples for a full record of any content

@@ -125,7 +125,14 @@ struct Deployment {
   std::vector<Trace> want;
   const std::vector<std::int32_t> z1 = wave(3000, 0), z2 = wave(500, 7), z3 = wave(700, 9);
   const std::vector<std::int32_t> n1 = wave(800, 1), n2 = wave(400, 2), e1 = wave(1200, 3, 14);
-  const std::vector<std::int32_t> m1 = wave(1000, 4), u1 = wave(1000, 5);
+  const std::vector<std::int32_t> m1 = wave(1000, 4), u1 = wave(1000, 5), j1 = jumps();
+
+  // A channel whose samples leap between the ends of the 32-bit range: no Steim difference holds them.
+  static std::vector<std::int32_t> jumps() {
+    std::vector<std::int32_t> s = wave(400, 6);
+    for (std::size_t i = 150; i < s.size(); i += 50) s[i] = i % 100 ? INT32_MAX : INT32_MIN;
+    return s;
+  }
 
   Deployment() {
     a.header(0x1234, "ABCD");
@@ -133,6 +140,7 @@ struct Deployment {
     a.channel(0x1234, 1, Fmt::kSteim1, 0, n1, 300);
     a.channel(0x1234, 2, Fmt::k16, 0, e1, 400);
     a.channel(0x0042, 0, Fmt::k32, 0, u1, 200);
+    a.channel(0x0042, 1, Fmt::k32, 0, j1, 200);
     a.channel(0x1234, 0, Fmt::kSteim2, 60000, z2, 1000);   // a gap of 30 s
     a.channel(0x1234, 1, Fmt::kSteim1, 7000, n2, 1000);    // 1 s back: an overlap
     a.channel(0x1234, 3, Fmt::k32, 86395000, m1, 250);     // 23:59:55, across midnight
@@ -146,7 +154,8 @@ struct Deployment {
     b.channel(0x1234, 0, Fmt::kSteim2, 65000, z3, 1000);   // goes on where the gap's segment ended
     want = {trace("NZ.ABCD..HHE", 0, e1),        trace("NZ.ABCD..HHN", 0, n1), trace("NZ.ABCD..HHN", 7000, n2),
             trace("NZ.ABCD..HHZ", 0, z1),        trace("NZ.ABCD..HHZ", 60000, join(z2, z3)),
-            trace("NZ.ABCD..HNZ", 86395000, m1), trace("XY.0042..HHZ", 0, u1)};
+            trace("NZ.ABCD..HNZ", 86395000, m1), trace("XY.0042..HHN", 0, j1),
+            trace("XY.0042..HHZ", 0, u1)};
   }
   unsigned long packets_before_bad() const { return static_cast<unsigned long>(a.packets.size()) - 2; }
 };
@@ -177,11 +186,12 @@ TEST(MseedExport, EverySampleTimeRateAndCodeReadBack) {
        {"NZ.ABCD..HHE.2009.032.000000.mseed", "NZ.ABCD..HHN.2009.032.000000.mseed",
         "NZ.ABCD..HHN.2009.032.000007.mseed", "NZ.ABCD..HHZ.2009.032.000000.mseed",
         "NZ.ABCD..HHZ.2009.032.000100.mseed", "NZ.ABCD..HNZ.2009.032.235955.mseed",
-        "XY.0042..HHZ.2009.032.000000.mseed"}},
+        "XY.0042..HHN.2009.032.000000.mseed", "XY.0042..HHZ.2009.032.000000.mseed"}},
       {lm::mseed::Layout::kSds, 512, DE_STEIM1,
        {"2009/NZ/ABCD/HHE.D/NZ.ABCD..HHE.D.2009.032", "2009/NZ/ABCD/HHN.D/NZ.ABCD..HHN.D.2009.032",
         "2009/NZ/ABCD/HHZ.D/NZ.ABCD..HHZ.D.2009.032", "2009/NZ/ABCD/HNZ.D/NZ.ABCD..HNZ.D.2009.032",
-        "2009/NZ/ABCD/HNZ.D/NZ.ABCD..HNZ.D.2009.033", "2009/XY/0042/HHZ.D/XY.0042..HHZ.D.2009.032"}},
+        "2009/NZ/ABCD/HNZ.D/NZ.ABCD..HNZ.D.2009.033", "2009/XY/0042/HHN.D/XY.0042..HHN.D.2009.032",
+        "2009/XY/0042/HHZ.D/XY.0042..HHZ.D.2009.032"}},
       {lm::mseed::Layout::kSds, 4096, DE_INT32, {}},
   };
   const Deployment d;
