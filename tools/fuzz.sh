@@ -45,6 +45,11 @@ for f in sample events units; do
     { cat "$seeds/$f.pkt" "$seeds/export.ini"; printf "$sw"; } >"$seeds/mseed/$f$((i++))"
   done
 done
+# Inputs that once failed a target.
+for f in fuzz/seeds/*-*; do
+  t=${f##*/}
+  cp "$f" "$seeds/${t%%-*}/"
+done
 
 status=0
 for t in "${targets[@]}"; do

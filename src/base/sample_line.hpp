@@ -19,8 +19,9 @@ namespace line_detail {
 
 using Entry = std::array<char, 8>;
 
+// Filled once at start-up, not at compile time: that many steps pass some compilers' constant-evaluation limits.
 // For q below 10000: its four digits, leading zeros kept, then "\r\n".
-inline constexpr auto kFour = [] {
+inline const auto kFour = [] {
   std::array<Entry, 10000> t{};
   for (int q = 0; q < 10000; ++q) {
     for (int k = 0, p = 1000; k < 4; ++k, p /= 10) t[q][k] = static_cast<char>('0' + q / p % 10);
@@ -32,7 +33,7 @@ inline constexpr auto kFour = [] {
 
 // For q below 10000: its digits without leading zeros, then "\r\n"; the last byte holds the digit
 // count.
-inline constexpr auto kShort = [] {
+inline const auto kShort = [] {
   std::array<Entry, 10000> t{};
   for (int q = 0; q < 10000; ++q) {
     const int digits = q < 10 ? 1 : q < 100 ? 2 : q < 1000 ? 3 : 4;

@@ -134,7 +134,10 @@ void Files::close_all() {
   while (!open_.empty()) close(*open_.back());
 }
 
-Stream::Stream(Files& files) : files_(files), pack_at_(record_capacity(files.opt().reclen, files.opt().encoding)) {}
+// libmseed packs whole records only and tries one more from what is left over, which it throws away: four
+// records' worth a call keeps that wasted try to a small part of the work.
+Stream::Stream(Files& files)
+    : files_(files), pack_at_(4 * record_capacity(files.opt().reclen, files.opt().encoding)) {}
 
 Stream::~Stream() {
   files_.forget(*this);

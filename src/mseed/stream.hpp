@@ -55,7 +55,7 @@ class Files {
   std::string name_for(const Stream& s);
   std::string error_;
   static constexpr std::size_t kMaxOpen = 64;
-  static constexpr std::size_t kMaxBuffered = 1024;
+  static constexpr std::size_t kMaxBuffered = 256;
   const Options& opt_;
   std::vector<Stream*> buffered_;  // streams that hold a buffer
   std::uint64_t clock_ = 0;
@@ -108,7 +108,7 @@ class Stream {
   std::int32_t tail_ = 0;      // the segment's last sample, from which the next difference is taken
   hptime_t day_end_ = 0;       // SDS: the midnight that ends the current day file
   std::int32_t sequence_ = 1;  // record sequence number, on from segment to segment
-  std::size_t pack_at_ = 0;     // enough samples for a full record of any content
+  std::size_t pack_at_ = 0;     // enough samples for four full records of any content
   std::size_t buffered_at_ = kNone;  // place among the streams that hold a buffer
   std::uint64_t used_ = 0;      // when it last took samples
   static constexpr std::size_t kNone = ~std::size_t{0};
