@@ -364,12 +364,12 @@ XmlResult write_stationxml(const std::string& path, std::size_t root, const std:
   }
   const int fd = open_below(path.c_str(), root, O_WRONLY | O_CREAT | O_TRUNC);
   if (fd < 0) {
-    r.error = "File open error for '" + path + "': " + std::strerror(errno);
+    r.error = "cannot open '" + path + "': " + std::strerror(errno);
     return r;
   }
   int err = write_all(fd, doc);
   if (::close(fd) != 0 && err == 0) err = errno;
-  if (err != 0) r.error = "File write error for '" + path + "': " + std::strerror(err);
+  if (err != 0) r.error = "cannot write '" + path + "': " + std::strerror(err);
   r.ok = err == 0;
   return r;
 }

@@ -85,8 +85,12 @@ bool Files::open(Stream& s) {
     s.path_ = opt_.out_dir + "/" + name_for(s);
     // A flat name is this run's own and replaces an older file; a day file of an archive is appended to.
     s.fresh_ = opt_.layout == Layout::kFlat;
-    if (opt_.layout == Layout::kSds && !make_dirs_below(s.path_.c_str(), root_))
-      return fail(s.path_, "cannot make the directories of"), false;
+    if (opt_.layout == Layout::kSds && !make_dirs_below(s.path_.c_str(), root_)) {
+      // A planted link (or a file) where a directory belongs says "not a directory": say what it is.
+      if (errno == ENOTDIR || errno == ELOOP) errno = ENOTDIR;
+      return fail(s.path_, errno == ENOTDIR ? "a link or a file stands where a directory belongs, in"
+                                            : "cannot make the directories of"), false;
+    }
   }
   if (open_.size() >= kMaxOpen) close(*open_.front());
   s.fp_ = fopen_below(s.path_.c_str(), root_, s.fresh_ ? "wb" : "ab");

@@ -154,14 +154,16 @@ TEST(Reliability, NoOutputFollowsALinkPlantedInTheOutputTree) {
       {kPlot, "2009032000000000_STN1__1.png", false, {}, 1, "Too many levels of symbolic links\n"},
       // lm_mseed: an SDS level at the top and one below real ones, a flat data file, the StationXML file.
       {kMseed, "2009", true, {"--layout", "sds"}, 22,
-       "cannot make the directories of 'out/2009/XX/STN1/HHZ.D/XX.STN1..HHZ.D.2009.032': Not a directory; "
+       "a link or a file stands where a directory belongs, in 'out/2009/XX/STN1/HHZ.D/XX.STN1..HHZ.D.2009.032': "
+       "Not a directory; "
        "the export stopped there\n"},
       {kMseed, "2009/XX/STN1", true, {"--layout", "sds"}, 22,
-       "cannot make the directories of 'out/2009/XX/STN1/HHZ.D/XX.STN1..HHZ.D.2009.032': Not a directory; "
+       "a link or a file stands where a directory belongs, in 'out/2009/XX/STN1/HHZ.D/XX.STN1..HHZ.D.2009.032': "
+       "Not a directory; "
        "the export stopped there\n"},
       {kMseed, mseed_file, false, {}, 22,
        "cannot open 'out/" + mseed_file + "': Too many levels of symbolic links; the export stopped there\n"},
-      {kMseed, "XX.xml", false, {}, 22, "File open error for 'out/XX.xml': Too many levels of symbolic links\n"},
+      {kMseed, "XX.xml", false, {}, 22, "cannot open 'out/XX.xml': Too many levels of symbolic links\n"},
   };
   e2e::TempDir tmp;
   e2e::write_packets(tmp / "in.pkt", one_event(2));
