@@ -259,9 +259,12 @@ void Exporter::emit(UnitState& u, ChanState& c, hptime_t t, double rate, const s
 // A packet's samples at the event's rate; without one, at the rate of the segment they go on, or at
 // the rate that the time to the next packet tells (the converter's own estimate).
 void Exporter::samples(UnitState& u, ChanState& c, hptime_t t, double rate, const std::int32_t* s, std::size_t n) {
+  // A rate no recorder samples at (a damaged header's) counts as none.
+  if (!(rate >= 1e-6 && rate <= 1e7)) rate = 0;
   if (rate <= 0 && c.stream.open() && c.stream.rate() > 0) rate = c.stream.rate();
   if (rate <= 0 && !c.held.empty() && t > c.held_t) {
-    const double est = static_cast<double>(c.held.size()) * HPTMODULUS / static_cast<double>(t - c.held_t);
+    double est = static_cast<double>(c.held.size()) * HPTMODULUS / static_cast<double>(t - c.held_t);
+    if (est < 1e-6 || est > 1e7) est = 0;
     emit(u, c, c.held_t, est, c.held.data(), c.held.size());
     c.held.clear();
     rate = est;

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cmath>
 #include <cstring>
+#include <limits>
 
 #include "base/file_util.hpp"
 #include "decode/decoders.hpp"
@@ -151,7 +152,9 @@ Stream::~Stream() {
 
 hptime_t Stream::time_of(std::int64_t k) const {
   if (rate_ <= 0) return start_;
-  return start_ + std::llround(static_cast<double>(k) * HPTMODULUS / rate_);
+  // Beyond any year a time string can name, a damaged rate's times stop growing rather than overflow.
+  constexpr double kLatest = 4e17;
+  return start_ + std::llround(std::min(static_cast<double>(k) * HPTMODULUS / rate_, kLatest));
 }
 
 bool Stream::continues(hptime_t t, double rate, const Codes& codes) const {
@@ -197,9 +200,11 @@ void Stream::begin(hptime_t t, double rate, const Codes& codes) {
 
 // Index in the segment of the first sample at or after the midnight that ends the current day file.
 std::int64_t Stream::first_of_next_day() const {
-  auto k = static_cast<std::int64_t>(std::ceil(static_cast<double>(day_end_ - start_) * rate_ / HPTMODULUS));
-  while (k > 0 && time_of(k - 1) >= day_end_) --k;
-  while (time_of(k) < day_end_) ++k;
+  const double at = std::ceil(static_cast<double>(day_end_ - start_) * rate_ / HPTMODULUS);
+  auto k = static_cast<std::int64_t>(std::min(at, 9e18));
+  // The estimate is off by rounding at most: a step or two either way settles it.
+  for (int i = 0; i < 2 && k > 0 && time_of(k - 1) >= day_end_; ++i) --k;
+  for (int i = 0; i < 2 && time_of(k) < day_end_; ++i) ++k;
   return k;
 }
 
@@ -234,10 +239,16 @@ void Stream::append(const std::int32_t* s, std::size_t n) {
         pack(true);
         files_.close(*this);
         path_.clear();
-        day_end_ = next_midnight(time_of(n_));
-        continue;
+        const hptime_t next = next_midnight(time_of(n_));
+        if (next > day_end_) {
+          day_end_ = next;
+          continue;
+        }
+        // Times that no longer grow (a damaged rate at the end of the calendar) end no more days.
+        day_end_ = std::numeric_limits<hptime_t>::max();
+      } else {
+        take = static_cast<std::size_t>(std::min<std::int64_t>(k - n_, static_cast<std::int64_t>(n)));
       }
-      take = static_cast<std::size_t>(std::min<std::int64_t>(k - n_, static_cast<std::int64_t>(n)));
     }
     buf_.insert(buf_.end(), s, s + take);
     n_ += static_cast<std::int64_t>(take);
