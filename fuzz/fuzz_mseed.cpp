@@ -65,8 +65,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fs::create_directories(o.out_dir);
     o.layout = layout;
     const int st = lm::mseed::run_export(o, "lm_mseed", g_err);
-    // A status outside the documented ones is a finding.
-    if (st != 0 && st != 1 && st != 3 && st != 20 && st != 22) std::abort();
+    // Inputs and output are in order, so only an input without a whole packet (1) may fail: a write
+    // error here would be a record libmseed could not pack.
+    if (st != 0 && st != 1) std::abort();
     fs::remove_all(o.out_dir);
   }
   return 0;

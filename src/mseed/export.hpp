@@ -10,7 +10,6 @@ namespace lm::mseed {
 namespace status {
 inline constexpr int kOk = 0;
 inline constexpr int kUsage = 2;
-inline constexpr int kDamaged = 3;     // every input read, but damaged packets were skipped
 inline constexpr int kNoOutDir = 10;
 inline constexpr int kInput = 20;      // an input could not be opened or read
 inline constexpr int kWrite = 22;      // an output file could not be opened or written
