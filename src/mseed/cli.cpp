@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "base/file_util.hpp"
+#include "mseed/codes.hpp"
 
 namespace lm::mseed {
 
@@ -26,17 +27,11 @@ const char kUsage[] =
 
 namespace {
 
-bool code_ok(const std::string& s, std::size_t max) {
-  if (s.size() > max) return false;
-  for (char c : s)
-    if (!(c >= 'A' && c <= 'Z') && !(c >= '0' && c <= '9')) return false;
-  return true;
-}
-
-std::string upper(std::string s) {
-  for (char& c : s)
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  return s;
+// A network or location code as given, in upper case; false when it is not one (letters and digits, at most 2).
+bool code_of(const std::string& s, std::string& code) {
+  bool altered = false;
+  code = seed_code(s, 2, altered);
+  return !altered && code.size() == s.size();
 }
 
 // The value of an option that takes one; null when the command line ends before it.
@@ -47,8 +42,8 @@ bool set_option(const std::string& opt, const char* v, Options& o, std::string& 
   const std::string s = v;
   if (opt == "-o") o.out_dir = s;
   else if (opt == "--layout" && (s == "flat" || s == "sds")) o.layout = s == "sds" ? Layout::kSds : Layout::kFlat;
-  else if (opt == "--net" && !s.empty() && code_ok(upper(s), 2)) o.net = upper(s);
-  else if (opt == "--loc" && code_ok(upper(s), 2)) o.loc = upper(s);
+  else if (opt == "--net" && !s.empty() && code_of(s, o.net)) {}
+  else if (opt == "--loc" && code_of(s, o.loc)) {}
   else if (opt == "--reclen" && (s == "512" || s == "4096")) o.reclen = std::atoi(v);
   else if (opt == "--encoding" && s == "steim2") o.encoding = DE_STEIM2;
   else if (opt == "--encoding" && s == "steim1") o.encoding = DE_STEIM1;

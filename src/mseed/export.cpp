@@ -102,7 +102,6 @@ class Exporter {
   std::unordered_map<std::uint16_t, std::unique_ptr<UnitState>> units_;
   std::unordered_map<std::uint32_t, std::unique_ptr<ChanState>> chans_;
   std::map<std::string, StationMeta> stations_;
-  std::map<std::string, std::uint16_t> station_unit_;  // the unit whose values describe a station
   std::map<std::string, std::uint32_t> code_owner_;    // the channel that first wrote each SEED code
   std::uint64_t gen_ = 0;
   unsigned long long samples_total_ = 0, damaged_total_ = 0;
@@ -218,31 +217,31 @@ void Exporter::note_segment(UnitState& u, ChanState& c) {
                  (owner->second & 0xFFu) + 1, c.key >> 16, (c.key & 0xFFu) + 1, k.id().c_str());
     owner->second = ~0u;
   }
+  const std::int64_t start = c.stream.start() * 1000;
   StationMeta& st = stations_[std::string(k.net) + "." + k.sta];
   if (st.net.empty()) {
     st.net = k.net;
     st.sta = k.sta;
-    st.start_ns = c.stream.start() * 1000;
+    st.start_ns = start;
   }
-  station_unit_[st.net + "." + st.sta] = u.unit.unit_id;
+  st.unit_id = u.unit.unit_id;  // the unit whose values describe the station, the latest
+  st.start_ns = std::min(st.start_ns, start);
   std::size_t i = 0;
   while (i < st.channels.size() && !(st.channels[i].loc == k.loc && st.channels[i].cha == k.cha)) ++i;
   if (i == st.channels.size()) {
-    st.channels.push_back(c.meta);
+    st.channels.emplace_back();
     st.channels[i].loc = k.loc;
     st.channels[i].cha = k.cha;
-    st.channels[i].start_ns = c.stream.start() * 1000;
+    st.channels[i].start_ns = start;
   }
+  // The segment's metadata replace the channel's; its codes and time span stay the channel's own.
   ChannelMeta& m = st.channels[i];
-  const std::string loc = m.loc, cha = m.cha;
-  const std::int64_t start = std::min(m.start_ns, c.stream.start() * 1000), end = m.end_ns;
-  m = c.meta;
-  m.loc = loc;
-  m.cha = cha;
-  m.start_ns = start;
-  m.end_ns = end;
+  m.chn = c.meta.chn;
+  m.tbw = c.meta.tbw;
+  m.gain_ndx = c.meta.gain_ndx;
+  m.gain_known = c.meta.gain_known;
   m.rate = c.stream.rate();
-  st.start_ns = std::min(st.start_ns, start);
+  m.start_ns = std::min(m.start_ns, start);
   c.station = &st;
   c.sink = i;
 }
@@ -382,8 +381,7 @@ void Exporter::finish() {
 std::vector<StationMeta> Exporter::stations() {
   std::vector<StationMeta> out;
   for (auto& [key, st] : stations_) {
-    const UnitState& u = *units_[station_unit_[key]];
-    st.unit_id = u.unit.unit_id;
+    const UnitState& u = *units_[st.unit_id];
     st.site = lm::trimmed(u.unit.station);
     st.lat = u.unit.lat;
     st.lon = u.unit.lon;
