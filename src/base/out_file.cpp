@@ -21,7 +21,7 @@ std::size_t g_pooled = 0;
 
 char* take_buffer() {
   if (g_pooled > 0) return g_pool[--g_pooled];
-  return new (std::nothrow) char[OutFile::kCapacity];
+  return new (std::nothrow) char[OutFile::kCapacity + OutFile::kComposeRoom];
 }
 
 void give_back(char* buf) {
@@ -98,6 +98,24 @@ void OutFile::write(const char* data, std::size_t n) {
   }
   std::memcpy(buf_ + len_, data, n);
   len_ += n;
+}
+
+void OutFile::commit(std::size_t n) {
+  if (!fp_) return;
+  if (n <= kCapacity - len_) {
+    len_ += n;
+    return;
+  }
+  // As write() does with a piece that does not fit: what was buffered goes out first.
+  const std::size_t at = len_;
+  flush();
+  if (!fp_) return;
+  if (n >= kCapacity) {
+    if (std::fwrite(buf_ + at, 1, n, fp_) != n) fail();
+    return;
+  }
+  std::memmove(buf_, buf_ + at, n);
+  len_ = n;
 }
 
 void OutFile::printf(const char* fmt, ...) {

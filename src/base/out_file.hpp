@@ -6,13 +6,15 @@
 namespace lm {
 
 // The one file type for everything the program writes: a stream with a private buffer that each
-// packet's sample lines are copied into in one piece. The buffer is flushed before every close, rewind, re-open
+// packet's sample lines are made in, in one piece. The buffer is flushed before every close, rewind, re-open
 // or read, so the bytes on disk are exactly those written, in order. A buffer exists only while
 // its file is open (taken from a small pool), so memory follows the number of open files. Every
 // write, flush, seek and close is checked: a failure ends the run with the write error.
 class OutFile {
  public:
   static constexpr std::size_t kCapacity = 32 * 1024;
+  // Room past the buffered bytes for a piece composed in place (a packet's sample lines).
+  static constexpr std::size_t kComposeRoom = 24 * 1024;
 
   OutFile() = default;
   // A file still open when its record goes (a run that ended early) keeps what was written to it,
@@ -40,6 +42,10 @@ class OutFile {
     buf_[len_++] = c;
   }
   void printf(const char* fmt, ...) __attribute__((format(printf, 2, 3)));
+  // Where a piece of at most `most` bytes (at most kComposeRoom) can be made in place, or null
+  // when the file is not open; commit(n) then writes its first n bytes as write() would have.
+  char* compose(std::size_t most) { return fp_ && most <= kComposeRoom ? buf_ + len_ : nullptr; }
+  void commit(std::size_t n);
 
   void flush();
   void rewind();

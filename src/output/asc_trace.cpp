@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <string_view>
 
+#include "base/sample_line.hpp"
 #include "config/tables.hpp"
 #include "decode/decoders.hpp"
 #include "model/settings.hpp"
@@ -56,22 +57,15 @@ struct Running {
     c.min = min;
     c.max = max;
   }
-  // The squares one at a time: their rounding depends on the order.
-  void add_squares(const std::int32_t* v, std::uint32_t n) {
-    for (std::uint32_t j = 0; j < n; ++j) {
-      const double x = v[j];
-      sq_sum += x * x;
-    }
-  }
   // Count, sum and extremes of the packet's n samples v[0..n) with their statistics st.
   void add_packet(const std::int32_t* v, std::uint32_t n, const PacketStats& st) {
     if (st.lo < min) {
       min = st.lo;
-      min_at = cnt + 1 + st.lo_at;
+      min_at = cnt + 1 + static_cast<std::uint32_t>(std::find(v, v + n, st.lo) - v);
     }
     if (st.hi > max) {
       max = st.hi;
-      max_at = cnt + 1 + st.hi_at;
+      max_at = cnt + 1 + static_cast<std::uint32_t>(std::find(v, v + n, st.hi) - v);
     }
     // Below this every partial sum of a packet is an integer under 2^53, exact in a double.
     constexpr double kExactSum = 9007199254740992.0 - kMaxSamples * 2147483648.0;
@@ -84,24 +78,32 @@ struct Running {
   }
 };
 
+// The sample lines of v[0..n) at out, and their squares added to sq_sum one at a time (their
+// rounding depends on the order): the additions' latency hides behind the lines' work.
+char* sample_lines(char* out, const std::int32_t* v, std::uint32_t n, double& sq_sum) {
+  double sq = sq_sum;
+  for (std::uint32_t j = 0; j < n; ++j) {
+    const double x = v[j];
+    sq += x * x;
+    out = put_sample_line(out, v[j]);
+  }
+  sq_sum = sq;
+  return out;
+}
+
 }  // namespace
 
-SampleText sample_text(char* out, const std::int32_t* v, std::uint32_t n) {
-  char* const start = out;
-  PacketStats st;
+// Where the processor has 256-bit integer vectors, a clone of its own takes four times fewer steps.
+__attribute__((target_clones("avx2", "default"))) PacketStats packet_stats(const std::int32_t* v,
+                                                                           std::uint32_t n) {
+  std::int64_t sum = 0;
   std::int32_t lo = v[0], hi = v[0];
   for (std::uint32_t j = 0; j < n; ++j) {
-    const std::int32_t x = v[j];
-    st.sum += x;
-    lo = x < lo ? x : lo;
-    hi = x > hi ? x : hi;
-    out = put_sample_line(out, x);
+    sum += v[j];
+    lo = v[j] < lo ? v[j] : lo;
+    hi = v[j] > hi ? v[j] : hi;
   }
-  st.lo = lo;
-  st.hi = hi;
-  st.lo_at = static_cast<std::uint32_t>(std::find(v, v + n, lo) - v);
-  st.hi_at = static_cast<std::uint32_t>(std::find(v, v + n, hi) - v);
-  return SampleText{start, static_cast<std::size_t>(out - start), st};
+  return PacketStats{sum, lo, hi};
 }
 
 void Asc_dhdr_out(CHNLST_T* chn, const Settings& set) {
@@ -128,7 +130,7 @@ void Asc_dhdr_out(CHNLST_T* chn, const Settings& set) {
 }
 
 void Asc_data_out(CHNLST_T* chn, const std::int32_t* samples, std::uint16_t count, std::uint32_t smp_limit,
-                  const SampleText* ahead) {
+                  const PacketStats* ahead) {
   // The samples come from a packet's sample buffer: never read past it, whatever the count says.
   if (count > kMaxSamples) count = kMaxSamples;
   std::uint32_t i = 0;
@@ -143,13 +145,15 @@ void Asc_data_out(CHNLST_T* chn, const std::int32_t* samples, std::uint16_t coun
   if (i == end) return;
   const std::int32_t* const v = samples + i;
   const std::uint32_t n = end - i;
-  // Text made here goes out in one write per packet too, so the file is written in the same pieces.
-  static char own_text[kMaxSamples * kSampleLineMax + kSampleLineSlack];
-  const SampleText t = ahead && n == count ? *ahead : sample_text(own_text, v, n);
   Running run(*chn);
-  run.add_packet(v, n, t.stats);
-  run.add_squares(v, n);
-  chn->fp.write(t.text, t.len);
+  run.add_packet(v, n, ahead && n == count ? *ahead : packet_stats(v, n));
+  // The lines are made in the file's buffer and go out in one piece per packet; a file that is
+  // not open takes them nowhere.
+  static char nowhere[kMaxSamples * kSampleLineMax + kSampleLineSlack];
+  char* const text = chn->fp.compose(n * kSampleLineMax + kSampleLineSlack);
+  char* const start = text ? text : nowhere;
+  const char* const stop = sample_lines(start, v, n, run.sq_sum);
+  chn->fp.commit(static_cast<std::size_t>(stop - start));
   run.store(*chn);
 }
 

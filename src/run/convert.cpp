@@ -72,7 +72,7 @@ void Loop::data_packet(UNIT_T* unit, const std::uint8_t* packet) {
   show_undefined_words(d);
   if (d.failed && set_.Log_on && chn->unit) log_steim_check(chn->unit->fd_log, packet, d);
   Asc_data_out(chn, reinterpret_cast<const std::int32_t*>(p->samples), static_cast<std::uint16_t>(d.count),
-               set_.Smp_limit, &p->text);
+               set_.Smp_limit, &p->stats);
 }
 
 void Loop::network_packet(std::uint16_t code, UNIT_T* unit, const std::uint8_t* packet) {

@@ -44,7 +44,6 @@ struct ReadAhead::Batch {
   bool read_error = false;
   bool is_dt[kBatch] = {};  // a DT packet of a known format, prepared
   PreparedDt prepared[kBatch];
-  char text[kBatch * kMaxSamples * kSampleLineMax + kSampleLineSlack];
 };
 
 ReadAhead::ReadAhead(std::FILE* in, const char* path) : in_(in), path_(path) {
@@ -85,7 +84,6 @@ void ReadAhead::fill(Batch& b) {
 }
 
 void ReadAhead::prepare(Batch& b) {
-  char* text = b.text;
   for (std::size_t i = 0; i < b.bytes / kPacketSize; ++i) {
     const std::uint8_t* packet = b.packets[i];
     const Decoder decode = code_set(packet) == kDT ? decoder_for(hdr::kFormat.value(packet)) : nullptr;
@@ -95,11 +93,7 @@ void ReadAhead::prepare(Batch& b) {
     std::int32_t any_last = 0;
     p.d = decode(packet, any_last, std::span<std::uint32_t>(p.samples));
     const auto* v = reinterpret_cast<const std::int32_t*>(p.samples);
-    p.text = SampleText{};
-    if (p.d.count > 0) {
-      p.text = sample_text(text, v, p.d.count);
-      text += p.text.len;
-    }
+    if (p.d.count > 0) p.stats = packet_stats(v, p.d.count);
   }
 }
 

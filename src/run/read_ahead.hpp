@@ -1,7 +1,7 @@
 #pragma once
 // The input, read a batch of packets at a time into a small ring. While the packet loop converts one
-// batch, a helper thread decodes the DT packets of the batches read after it and formats their
-// samples: the work that depends on the packet alone. Every read, write and message stays on the loop's thread, in the loop's order,
+// batch, a helper thread decodes the DT packets of the batches read after it and takes their
+// samples' statistics: the work that depends on the packet alone. Every read, write and message stays on the loop's thread, in the loop's order,
 // so the output is the same byte for byte as without the helper, which is left out on a single
 // processor and when no thread can be started.
 #include <cstdint>
@@ -20,13 +20,13 @@ inline constexpr std::uint16_t kBlkEnd = 29;
 // A DT packet of a known format, decoded ahead of its turn.
 struct PreparedDt {
   Decoded d;  // checked against the last sample of a channel still to come: end_check()
-  SampleText text;
+  PacketStats stats;  // of all d.count samples, when there are any
   std::uint32_t samples[kMaxSamples];
 };
 
 class ReadAhead {
  public:
-  static constexpr std::size_t kBatch = 32;  // packets
+  static constexpr std::size_t kBatch = 64;  // packets
   static constexpr std::size_t kSlots = 4;   // batches: one being converted, the others read ahead
 
   // `path` names the input in the read error.
