@@ -29,7 +29,7 @@ bool channels_1_to_16(const std::uint8_t* pkt) { return (hdr::kFlags.value(pkt) 
 class Loop {
  public:
   explicit Loop(Run& run) : run_(run), set_(run.set), input_(run.FdIn, run.set.FileIn) {}
-  void convert(std::uint8_t* packet);
+  void convert(std::uint8_t* buffer);
   void finish(std::uint8_t* packet);
 
  private:
@@ -105,8 +105,9 @@ void Loop::logged_packet(std::uint16_t code, UNIT_T* unit, const std::uint8_t* p
   }
 }
 
-void Loop::convert(std::uint8_t* packet) {
-  while (!interrupted() && input_.Blk_read(packet) == 0) {
+void Loop::convert(std::uint8_t* buffer) {
+  const std::uint8_t* packet;
+  while (!interrupted() && (packet = input_.Blk_read(buffer)) != nullptr) {
     const std::uint16_t code = code_set(packet);
     if (code != kNone) {
       if (set_.Log_on) log_head(run_.FdLog, packet, code, run_.line);

@@ -66,6 +66,7 @@ ReadAhead::ReadAhead(std::FILE* in, const char* path) : in_(in), path_(path) {
 
 ReadAhead::~ReadAhead() {
   if (!helper_.joinable()) return;
+  tell_helper();
   // Once no batch is in the helper's hands it is waiting for the next one: it gets a stop instead.
   for (auto& b : batch_) await(b->state, [](State s) { return s != State::kQueued; });
   for (auto& b : batch_) set(b->state, State::kStop);
@@ -80,7 +81,14 @@ void ReadAhead::fill(Batch& b) {
     prepare(b);
     return;
   }
-  set(b.state, State::kQueued);
+  b.state.store(State::kQueued, std::memory_order_release);
+  untold_[n_untold_++] = &b;
+  if (n_untold_ >= kTellAfter) tell_helper();
+}
+
+void ReadAhead::tell_helper() {
+  for (std::size_t i = 0; i < n_untold_; ++i) untold_[i]->state.notify_all();
+  n_untold_ = 0;
 }
 
 void ReadAhead::prepare(Batch& b) {
@@ -108,10 +116,12 @@ void ReadAhead::help() {
 }
 
 void ReadAhead::wait_ready(Batch& b) {
-  if (helper_.joinable()) await(b.state, [](State s) { return s == State::kReady; });
+  if (!helper_.joinable() || b.state.load(std::memory_order_acquire) == State::kReady) return;
+  tell_helper();
+  await(b.state, [](State s) { return s == State::kReady; });
 }
 
-std::uint16_t ReadAhead::Blk_read(std::uint8_t* buffer) {
+const std::uint8_t* ReadAhead::Blk_read(std::uint8_t* buffer) {
   if (!started_) {
     started_ = true;
     for (std::size_t i = 0; i < kSlots && (i == 0 || last_full_); ++i) fill(*batch_[i]);
@@ -119,15 +129,14 @@ std::uint16_t ReadAhead::Blk_read(std::uint8_t* buffer) {
   }
   for (;;) {
     Batch& b = *batch_[cur_];
-    if (pos_ < b.bytes / kPacketSize) {
-      std::memcpy(buffer, b.packets[pos_++], kPacketSize);
-      return 0;
-    }
+    if (pos_ < b.bytes / kPacketSize) return last_ = b.packets[pos_++];
     if (b.bytes < kBatch * kPacketSize) {
+      // The batch of the last packet given is still whole: nothing is read after a short batch.
+      if (last_) std::memcpy(buffer, last_, kPacketSize);
       std::memcpy(buffer, b.packets[pos_], b.bytes % kPacketSize);
       // A read cut short by an interrupt is the end of the input, not a read error.
       if (b.read_error && !interrupted()) shut_down(21, path_);
-      return kBlkEnd;
+      return nullptr;
     }
     // This batch is done: it takes the next one to read, which the helper prepares while the loop
     // converts those before it. Nothing is read past a batch that came up short.

@@ -15,8 +15,6 @@
 
 namespace lm {
 
-inline constexpr std::uint16_t kBlkEnd = 29;
-
 // A DT packet of a known format, decoded ahead of its turn.
 struct PreparedDt {
   Decoded d;  // checked against the last sample of a channel still to come: end_check()
@@ -35,10 +33,11 @@ class ReadAhead {
   ReadAhead(const ReadAhead&) = delete;
   ReadAhead& operator=(const ReadAhead&) = delete;
 
-  // The next packet into buffer: 0, or kBlkEnd when fewer than 1024 bytes were left (the bytes
-  // there were are copied over the buffer's start, the packet is dropped). A read that stops short
-  // and is not at the end of the file ends the run, unless an interrupt cut it short.
-  std::uint16_t Blk_read(std::uint8_t* buffer);
+  // The next packet, where it was read: valid until the next call. At the end of the input, null,
+  // and `buffer` holds the last packet given with the bytes left over (fewer than 1024, the packet
+  // that is dropped) copied over its start. A read that stops short and is not at the end of the
+  // file ends the run, unless an interrupt cut it short.
+  const std::uint8_t* Blk_read(std::uint8_t* buffer);
   // The packet Blk_read gave last, decoded, or null when it is not a DT packet of a known format.
   PreparedDt* prepared();
 
@@ -48,6 +47,7 @@ class ReadAhead {
   void prepare(Batch& b);
   void help();
   void wait_ready(Batch& b);
+  void tell_helper();
 
   std::FILE* in_;
   const char* path_;
@@ -56,6 +56,12 @@ class ReadAhead {
   bool last_full_ = false;  // the latest batch read was whole: there may be more
   std::size_t pos_ = 0;  // next packet of the current batch
   bool started_ = false;
+  const std::uint8_t* last_ = nullptr;  // the packet given last
+  // Batches queued that the helper has not been told of. It is told of two at a time, or when the
+  // loop is about to wait: waking a sleeping thread costs more than a batch's worth of waiting.
+  static constexpr std::size_t kTellAfter = kSlots / 2;
+  Batch* untold_[kSlots] = {};
+  std::size_t n_untold_ = 0;
 
   std::thread helper_;
 };
