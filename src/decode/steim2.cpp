@@ -1,4 +1,5 @@
-#include <algorithm>
+#include <bit>
+#include <cstring>
 
 #include "decode/decoders.hpp"
 #include "decode/steim_frames.hpp"
@@ -32,20 +33,30 @@ std::uint32_t first_difference(unsigned code, std::uint32_t w) {
   }
 }
 
+// Four 32-bit lanes. A word's seven differences take two of them: the low half differences 0-3, the
+// high half differences 3-6. Each half's running sums then stay within its own lanes, and the seven
+// values go out as two four-lane stores, at out and out + 3, which never pass the seventh place.
+typedef std::uint32_t Lanes __attribute__((vector_size(16)));
+typedef std::int32_t SignedLanes __attribute__((vector_size(16)));
+
 // How a data word splits, by its code and top nibble: `n` differences of `bits` bits, most
-// significant first; n = 0 for an empty word or an undefined nibble (`bad`). Lane i of the seven
-// is word * up[i] (its difference moved to the top bits: a multiply costs less than a shift by a
-// variable count), taken as signed and shifted right by `right`; up[i] = 0 empties the lanes past n.
-struct WordShape {
+// significant first; n = 0 for an empty word or an undefined nibble (`bad`). A lane's difference is
+// word * up (moved to the top bits: before AVX2, vector units cannot shift lanes by different
+// counts), taken as signed and shifted right by `right`; up = 0 empties the lanes past n.
+// 64 bytes, so that an index scales by a shift.
+struct alignas(64) WordShape {
+  std::uint32_t up[8];  // the low half's lanes, then the high half's
+  std::uint8_t right;
   std::uint8_t n;
   bool bad;
-  std::uint8_t right;
-  std::uint32_t up[7];
 };
 
 constexpr WordShape shape(int n, int bits, bool bad = false) {
-  WordShape sh{static_cast<std::uint8_t>(n), bad, static_cast<std::uint8_t>(n ? 32 - bits : 0), {}};
-  for (int i = 0; i < n; ++i) sh.up[i] = 1u << (32 - bits * (n - i));
+  WordShape sh{{}, static_cast<std::uint8_t>(n ? 32 - bits : 0), static_cast<std::uint8_t>(n), bad};
+  for (int lane = 0; lane < 8; ++lane) {
+    const int i = lane < 4 ? lane : lane - 1;
+    if (i < n) sh.up[lane] = 1u << (32 - bits * (n - i));
+  }
   return sh;
 }
 
@@ -56,22 +67,85 @@ constexpr WordShape kShapes[16] = {
     shape(5, 6), shape(6, 5),  shape(7, 4),  shape(0, 0, true),   // code 3
 };
 
-// Adds the differences of one data word to s and writes the n running values to out[0..n), using
-// out[n..7) as scratch. Branch-free: the widths of neighbouring words are as random as the signal.
-inline std::uint32_t* unpack(std::uint32_t w, const WordShape& sh, std::uint32_t& s, std::uint32_t* out) {
-  std::uint32_t run = s;
-#pragma GCC unroll 7
-  for (int i = 0; i < 7; ++i) {
-    run += static_cast<std::uint32_t>(static_cast<std::int32_t>(w * sh.up[i]) >> sh.right);
-    out[i] = run;
-  }
-  s = run;
+// The differences of one half of a word, summed along its lanes.
+[[gnu::always_inline]] inline Lanes half_sums(std::uint32_t w, const std::uint32_t* up, int right) {
+  Lanes d;
+  std::memcpy(&d, up, sizeof d);
+  d = reinterpret_cast<Lanes>(reinterpret_cast<SignedLanes>(w * d) >> right);
+  const Lanes zero{};
+  d += __builtin_shufflevector(d, zero, 4, 0, 1, 2);
+  d += __builtin_shufflevector(d, zero, 4, 4, 0, 1);
+  return d;
+}
+
+// The running values a word's differences add to the channel's value `s` (in every lane), written to
+// out[0..7); s moves on to the last of them. Branch-free, since the widths of neighbouring words are
+// as random as the signal; the sums within the word do not wait for s.
+[[gnu::always_inline]] inline std::uint32_t* unpack(std::uint32_t w, const WordShape& sh, Lanes& s,
+                                                    std::uint32_t* out) {
+  const Lanes low = s + half_sums(w, sh.up, sh.right);
+  // The high half starts again at difference 3: it goes on from the value after difference 2.
+  const Lanes high = __builtin_shufflevector(low, low, 2, 2, 2, 2) + half_sums(w, sh.up + 4, sh.right);
+  std::memcpy(out, &low, sizeof low);
+  std::memcpy(out + 3, &high, sizeof high);
+  s = __builtin_shufflevector(high, high, 3, 3, 3, 3);  // lanes past n add nothing: lane 3 is the last value
   return out + sh.n;
 }
 
-}  // namespace
+// A frame's sixteen words in host order, and for each its shape's index in kShapes: code * 4 + top
+// nibble, below 16 by construction. Taken for the whole frame at once in vector lanes, so that a
+// word's own work starts from loads.
+struct FrameWords {
+  alignas(16) std::uint32_t word[16];
+  alignas(16) std::uint32_t shape[16];
+};
 
-Decoded Buf_c2(const std::uint8_t* packet, std::int32_t& last, std::span<std::uint32_t> span) {
+// Control word * 4^k brings word k's code to the top bits.
+constexpr Lanes kCodeUp[4] = {{1u << 0, 1u << 2, 1u << 4, 1u << 6},
+                              {1u << 8, 1u << 10, 1u << 12, 1u << 14},
+                              {1u << 16, 1u << 18, 1u << 20, 1u << 22},
+                              {1u << 24, 1u << 26, 1u << 28, 1u << 30}};
+
+// Four big-endian words in host order: bytes swapped within 16-bit lanes, then the lanes in pairs.
+[[gnu::always_inline]] inline Lanes from_big_endian(Lanes w) {
+  if constexpr (std::endian::native == std::endian::big) return w;
+  typedef std::uint16_t Shorts __attribute__((vector_size(16)));
+  const Shorts h = reinterpret_cast<Shorts>(w) << 8 | reinterpret_cast<Shorts>(w) >> 8;
+  return reinterpret_cast<Lanes>(__builtin_shufflevector(h, h, 1, 0, 3, 2, 5, 4, 7, 6));
+}
+
+[[gnu::always_inline]] inline void split_frame(const std::uint8_t* frame, FrameWords& fw) {
+  const Lanes control = Lanes{} + load_be32(frame);
+  for (int q = 0; q < 4; ++q) {
+    Lanes w;
+    std::memcpy(&w, frame + sizeof w * q, sizeof w);
+    w = from_big_endian(w);
+    const Lanes shape = (control * kCodeUp[q]) >> 30 << 2 | w >> 30;
+    std::memcpy(fw.word + 4 * q, &w, sizeof w);
+    std::memcpy(fw.shape + 4 * q, &shape, sizeof shape);
+  }
+}
+
+// The nibbles of the words no layout fits, in packet order, into `nibbles` (room for every data word);
+// returns their count. A second pass over the rare packets that have them keeps the decoding loop
+// free of branches.
+std::uint16_t undefined_nibbles(const std::uint8_t* packet, int first, std::uint8_t* nibbles) {
+  using namespace steim;
+  std::uint16_t n = 0;
+  std::uint8_t codes[kWordsPerFrame];
+  for (int f = 1; f <= dt::kFrameCount; ++f) {
+    frame_codes(packet, f, codes);
+    for (int w = f == 1 ? first : 1; w < kWordsPerFrame; ++w) {
+      const unsigned nibble = load_be32(packet + word_offset(f, w)) >> 30;
+      if (kShapes[codes[w] << 2 | nibble].bad) nibbles[n++] = static_cast<std::uint8_t>(nibble);
+    }
+  }
+  return n;
+}
+
+// The decoder's steps, built twice below.
+[[gnu::always_inline]] inline Decoded decode(const std::uint8_t* packet, std::int32_t& last,
+                                             std::span<std::uint32_t> span) {
   using namespace steim;
   if (span.size() < kMaxSamples) return Decoded();
   const PacketClaims claims(packet);
@@ -85,28 +159,45 @@ Decoded Buf_c2(const std::uint8_t* packet, std::int32_t& last, std::span<std::ui
   const std::uint32_t d0 =
       first < kWordsPerFrame ? first_difference(codes[first], load_be32(packet + word_offset(1, first))) : 0;
 
-  std::uint32_t s = claims.x0 - d0;  // unsigned: the integration wraps modulo 2^32
+  Lanes s = Lanes{} + (claims.x0 - d0);  // unsigned: the integration wraps modulo 2^32
 
-  std::uint8_t undefined[kMaxDataWords];
-  std::uint16_t n_undefined = 0;  // bounded: one entry per data word at most
-  // Every word writes all seven lanes from `out`, which stands at most seven places a word from the
-  // start: the 223 words' lanes all fall within the span's kMaxSamples.
+  bool any_undefined = false;
+  // Every word writes seven places from `out`, which stands at most seven places a word from the
+  // start: the 223 words' places all fall within the span's kMaxSamples.
   static_assert(kMaxSamples == 7 * kMaxDataWords);
   std::uint32_t* const start = span.data();
   std::uint32_t* out = start;
+  FrameWords fw;
   for (int f = 1; f <= dt::kFrameCount; ++f) {
-    if (f > 1) frame_codes(packet, f, codes);
+    split_frame(packet + word_offset(f, 0), fw);
     for (int w = f == 1 ? first : 1; w < kWordsPerFrame; ++w) {
-      const std::uint32_t word = load_be32(packet + word_offset(f, w));
-      const WordShape& sh = kShapes[codes[w] << 2 | word >> 30];
-      if (sh.bad) undefined[n_undefined++] = static_cast<std::uint8_t>(word >> 30);
-      out = unpack(word, sh, s, out);
+      const WordShape& sh = kShapes[fw.shape[w]];
+      any_undefined |= sh.bad;
+      out = unpack(fw.word[w], sh, s, out);
     }
   }
-  Decoded d = finish(last, claims, static_cast<std::uint32_t>(out - start), d0, s);
-  d.n_undefined = n_undefined;
-  std::copy_n(undefined, n_undefined, d.undefined);
+  Decoded d = finish(last, claims, static_cast<std::uint32_t>(out - start), d0, s[0]);  // s: alike in every lane
+  if (any_undefined) d.n_undefined = undefined_nibbles(packet, first, d.undefined);
   return d;
+}
+
+#if defined(__x86_64__)
+// For processors with AVX2, where a lane multiply is one instruction instead of six.
+[[gnu::target("avx2")]] Decoded decode_avx2(const std::uint8_t* packet, std::int32_t& last,
+                                            std::span<std::uint32_t> span) {
+  return decode(packet, last, span);
+}
+#endif
+
+}  // namespace
+
+// The same steps for any x86-64 processor or with AVX2, so the same results. Chosen here rather than
+// by the loader (target_clones): a load-time chooser runs before ThreadSanitizer is ready and fails.
+Decoded Buf_c2(const std::uint8_t* packet, std::int32_t& last, std::span<std::uint32_t> span) {
+#if defined(__x86_64__)
+  if (__builtin_cpu_supports("avx2")) return decode_avx2(packet, last, span);
+#endif
+  return decode(packet, last, span);
 }
 
 }  // namespace lm
