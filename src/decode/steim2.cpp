@@ -1,6 +1,7 @@
 #include <bit>
 #include <cstring>
 
+#include "base/cpu_features.hpp"
 #include "decode/decoders.hpp"
 #include "decode/steim_frames.hpp"
 
@@ -181,23 +182,16 @@ std::uint16_t undefined_nibbles(const std::uint8_t* packet, int first, std::uint
   return d;
 }
 
-#if defined(__x86_64__)
 // For processors with AVX2, where a lane multiply is one instruction instead of six.
-[[gnu::target("avx2")]] Decoded decode_avx2(const std::uint8_t* packet, std::int32_t& last,
-                                            std::span<std::uint32_t> span) {
+LM_TARGET_WIDE Decoded decode_wide(const std::uint8_t* packet, std::int32_t& last, std::span<std::uint32_t> span) {
   return decode(packet, last, span);
 }
-#endif
 
 }  // namespace
 
-// The same steps for any x86-64 processor or with AVX2, so the same results. Chosen here rather than
-// by the loader (target_clones): a load-time chooser runs before ThreadSanitizer is ready and fails.
+// The same steps for any processor or with AVX2, so the same results.
 Decoded Buf_c2(const std::uint8_t* packet, std::int32_t& last, std::span<std::uint32_t> span) {
-#if defined(__x86_64__)
-  if (__builtin_cpu_supports("avx2")) return decode_avx2(packet, last, span);
-#endif
-  return decode(packet, last, span);
+  return has_wide_vectors() ? decode_wide(packet, last, span) : decode(packet, last, span);
 }
 
 }  // namespace lm
