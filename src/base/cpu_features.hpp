@@ -10,12 +10,15 @@
 #define LM_TARGET_WIDE
 #endif
 
+#include <cstdlib>
+
 namespace lm {
 
-// True when the processor runs the LM_TARGET_WIDE copies.
+// True when the processor runs the LM_TARGET_WIDE copies. LM_PLAIN_VECTORS=1 in the environment
+// keeps to the plain copies, so that tests and comparisons reach them on any processor.
 inline bool has_wide_vectors() {
 #if LM_WIDE_VECTORS
-  static const bool wide = __builtin_cpu_supports("avx2");
+  static const bool wide = __builtin_cpu_supports("avx2") && !std::getenv("LM_PLAIN_VECTORS");
   return wide;
 #else
   return false;
