@@ -3,6 +3,7 @@
 #include <sched.h>
 #include <signal.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <span>
@@ -44,6 +45,9 @@ struct ReadAhead::Batch {
   bool read_error = false;
   bool is_dt[kBatch] = {};  // a DT packet of a known format, prepared
   PreparedDt prepared[kBatch];
+  // The packets' samples one after the other: the memory touched follows the samples there are,
+  // not the most a packet could hold.
+  std::uint32_t samples[kBatch * kMaxSamples];
 };
 
 ReadAhead::ReadAhead(std::FILE* in, const char* path) : in_(in), path_(path) {
@@ -92,6 +96,8 @@ void ReadAhead::tell_helper() {
 }
 
 void ReadAhead::prepare(Batch& b) {
+  // Each packet takes at most kMaxSamples: the store's rest always has room for the next one.
+  std::uint32_t* store = b.samples;
   for (std::size_t i = 0; i < b.bytes / kPacketSize; ++i) {
     const std::uint8_t* packet = b.packets[i];
     const Decoder decode = code_set(packet) == kDT ? decoder_for(hdr::kFormat.value(packet)) : nullptr;
@@ -99,9 +105,10 @@ void ReadAhead::prepare(Batch& b) {
     if (!decode) continue;
     PreparedDt& p = b.prepared[i];
     std::int32_t any_last = 0;
-    p.d = decode(packet, any_last, std::span<std::uint32_t>(p.samples));
-    const auto* v = reinterpret_cast<const std::int32_t*>(p.samples);
-    if (p.d.count > 0) p.stats = packet_stats(v, p.d.count);
+    p.d = decode(packet, any_last, std::span<std::uint32_t>(store, b.samples + std::size(b.samples)));
+    p.samples = store;
+    store += std::min<std::size_t>(p.d.count, kMaxSamples);
+    if (p.d.count > 0) p.stats = packet_stats(reinterpret_cast<const std::int32_t*>(p.samples), p.d.count);
   }
 }
 

@@ -19,13 +19,13 @@ namespace lm {
 struct PreparedDt {
   Decoded d;  // checked against the last sample of a channel still to come: end_check()
   PacketStats stats;  // of all d.count samples, when there are any
-  std::uint32_t samples[kMaxSamples];
+  const std::uint32_t* samples;  // d.count of them, in the batch's sample store
 };
 
 class ReadAhead {
  public:
   static constexpr std::size_t kBatch = 64;  // packets
-  static constexpr std::size_t kSlots = 4;   // batches: one being converted, the others read ahead
+  static constexpr std::size_t kSlots = 6;   // batches: one being converted, the others read ahead
 
   // `path` names the input in the read error.
   ReadAhead(std::FILE* in, const char* path);
@@ -59,7 +59,7 @@ class ReadAhead {
   const std::uint8_t* last_ = nullptr;  // the packet given last
   // Batches queued that the helper has not been told of. It is told of two at a time, or when the
   // loop is about to wait: waking a sleeping thread costs more than a batch's worth of waiting.
-  static constexpr std::size_t kTellAfter = kSlots / 2;
+  static constexpr std::size_t kTellAfter = kSlots - 2;
   Batch* untold_[kSlots] = {};
   std::size_t n_untold_ = 0;
 
