@@ -68,29 +68,39 @@ constexpr WordShape kShapes[16] = {
     shape(5, 6), shape(6, 5),  shape(7, 4),  shape(0, 0, true),   // code 3
 };
 
-// The differences of one half of a word, summed along its lanes.
-[[gnu::always_inline]] inline Lanes half_sums(std::uint32_t w, const std::uint32_t* up, int right) {
-  Lanes d;
-  std::memcpy(&d, up, sizeof d);
-  d = reinterpret_cast<Lanes>(reinterpret_cast<SignedLanes>(w * d) >> right);
-  const Lanes zero{};
-  d += __builtin_shufflevector(d, zero, 4, 0, 1, 2);
-  d += __builtin_shufflevector(d, zero, 4, 4, 0, 1);
-  return d;
-}
-
-// The running values a word's differences add to the channel's value `s` (in every lane), written to
-// out[0..7); s moves on to the last of them. Branch-free, since the widths of neighbouring words are
-// as random as the signal; the sums within the word do not wait for s.
-[[gnu::always_inline]] inline std::uint32_t* unpack(std::uint32_t w, const WordShape& sh, Lanes& s,
-                                                    std::uint32_t* out) {
-  const Lanes low = s + half_sums(w, sh.up, sh.right);
-  // The high half starts again at difference 3: it goes on from the value after difference 2.
-  const Lanes high = __builtin_shufflevector(low, low, 2, 2, 2, 2) + half_sums(w, sh.up + 4, sh.right);
+// The differences of one data word at out[0..7): the low half's lanes hold differences 0-3, the
+// high half's 3-6 (lane 3 twice, the same value), so two four-lane stores never pass the seventh place.
+// Branch-free, since the widths of neighbouring words are as random as the signal; the running sum
+// is left to one pass over the packet, so that no word waits for the one before.
+[[gnu::always_inline]] inline std::uint32_t* spread(std::uint32_t w, const WordShape& sh, std::uint32_t* out) {
+  Lanes low, high;
+  std::memcpy(&low, sh.up, sizeof low);
+  std::memcpy(&high, sh.up + 4, sizeof high);
+  low = reinterpret_cast<Lanes>(reinterpret_cast<SignedLanes>(w * low) >> sh.right);
+  high = reinterpret_cast<Lanes>(reinterpret_cast<SignedLanes>(w * high) >> sh.right);
   std::memcpy(out, &low, sizeof low);
   std::memcpy(out + 3, &high, sizeof high);
-  s = __builtin_shufflevector(high, high, 3, 3, 3, 3);  // lanes past n add nothing: lane 3 is the last value
   return out + sh.n;
+}
+
+// Replaces the n differences at v by the running values they lead to from s; returns the last one
+// (s when there is none).
+[[gnu::always_inline]] inline std::uint32_t integrate(std::uint32_t* v, std::uint32_t n, std::uint32_t s) {
+  const Lanes zero{};
+  Lanes carry = zero + s;
+  std::uint32_t i = 0;
+  for (; i + 4 <= n; i += 4) {
+    Lanes d;
+    std::memcpy(&d, v + i, sizeof d);
+    d += __builtin_shufflevector(d, zero, 4, 0, 1, 2);
+    d += __builtin_shufflevector(d, zero, 4, 4, 0, 1);
+    d += carry;
+    std::memcpy(v + i, &d, sizeof d);
+    carry = __builtin_shufflevector(d, d, 3, 3, 3, 3);
+  }
+  s = carry[0];
+  for (; i < n; ++i) v[i] = s += v[i];
+  return s;
 }
 
 // A frame's sixteen words in host order, and for each its shape's index in kShapes: code * 4 + top
@@ -160,8 +170,6 @@ std::uint16_t undefined_nibbles(const std::uint8_t* packet, int first, std::uint
   const std::uint32_t d0 =
       first < kWordsPerFrame ? first_difference(codes[first], load_be32(packet + word_offset(1, first))) : 0;
 
-  Lanes s = Lanes{} + (claims.x0 - d0);  // unsigned: the integration wraps modulo 2^32
-
   bool any_undefined = false;
   // Every word writes seven places from `out`, which stands at most seven places a word from the
   // start: the 223 words' places all fall within the span's kMaxSamples.
@@ -174,10 +182,13 @@ std::uint16_t undefined_nibbles(const std::uint8_t* packet, int first, std::uint
     for (int w = f == 1 ? first : 1; w < kWordsPerFrame; ++w) {
       const WordShape& sh = kShapes[fw.shape[w]];
       any_undefined |= sh.bad;
-      out = unpack(fw.word[w], sh, s, out);
+      out = spread(fw.word[w], sh, out);
     }
   }
-  Decoded d = finish(last, claims, static_cast<std::uint32_t>(out - start), d0, s[0]);  // s: alike in every lane
+  const auto count = static_cast<std::uint32_t>(out - start);
+  // Unsigned: the integration wraps modulo 2^32.
+  const std::uint32_t s = integrate(start, count, claims.x0 - d0);
+  Decoded d = finish(last, claims, count, d0, s);
   if (any_undefined) d.n_undefined = undefined_nibbles(packet, first, d.undefined);
   return d;
 }
