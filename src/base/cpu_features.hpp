@@ -2,6 +2,8 @@
 // A hot loop may keep a second copy compiled for 256-bit integer vectors (AVX2), chosen at run time:
 // the program is built for the plain x86-64 that every such processor runs. The choice is made by
 // a test, not by the loader's indirect functions, which run before the sanitizers' run times start.
+#include <cstdlib>
+
 #if defined(__x86_64__)
 #define LM_WIDE_VECTORS 1
 #define LM_TARGET_WIDE __attribute__((target("avx2")))
@@ -9,8 +11,6 @@
 #define LM_WIDE_VECTORS 0
 #define LM_TARGET_WIDE
 #endif
-
-#include <cstdlib>
 
 namespace lm {
 

@@ -6,8 +6,8 @@
 namespace lm {
 
 // The one file type for everything the program writes: a stream with a private buffer that each
-// packet's sample lines are made in, in one piece. The buffer is flushed before every close, rewind, re-open
-// or read, so the bytes on disk are exactly those written, in order. A buffer exists only while
+// packet's sample lines are made in, in one piece. The buffer is flushed before every close,
+// rewind, re-open or read, so the bytes on disk are exactly those written, in order. A buffer exists only while
 // its file is open (taken from a small pool), so memory follows the number of open files. Every
 // write, flush, seek and close is checked: a failure ends the run with the write error.
 class OutFile {

@@ -35,8 +35,7 @@ std::uint32_t first_difference(unsigned code, std::uint32_t w) {
 }
 
 // Four 32-bit lanes. A word's seven differences take two of them: the low half differences 0-3, the
-// high half differences 3-6. Each half's running sums then stay within its own lanes, and the seven
-// values go out as two four-lane stores, at out and out + 3, which never pass the seventh place.
+// high half differences 3-6, which go out as two four-lane stores at out and out + 3.
 typedef std::uint32_t Lanes __attribute__((vector_size(16)));
 typedef std::int32_t SignedLanes __attribute__((vector_size(16)));
 

@@ -92,10 +92,6 @@ char* sample_lines(char* out, const std::int32_t* v, std::uint32_t n, double& sq
   return out;
 }
 
-}  // namespace
-
-namespace {
-
 // Simple enough for the compiler to vectorise; inlined into each copy below.
 [[gnu::always_inline]] inline PacketStats stats_of(const std::int32_t* v, std::uint32_t n) {
   std::int64_t sum = 0;
@@ -161,10 +157,11 @@ void Asc_data_out(CHNLST_T* chn, const std::int32_t* samples, std::uint16_t coun
   // The lines are made in the file's buffer and go out in one piece per packet; a file that is
   // not open takes them nowhere.
   static char nowhere[kMaxSamples * kSampleLineMax + kSampleLineSlack];
+  static_assert(sizeof nowhere <= OutFile::kComposeRoom);
   char* const text = chn->fp.compose(n * kSampleLineMax + kSampleLineSlack);
   char* const start = text ? text : nowhere;
   const char* const stop = sample_lines(start, v, n, run.sq_sum);
-  chn->fp.commit(static_cast<std::size_t>(stop - start));
+  if (text) chn->fp.commit(static_cast<std::size_t>(stop - start));
   run.store(*chn);
 }
 

@@ -106,8 +106,14 @@ void Loop::logged_packet(std::uint16_t code, UNIT_T* unit, const std::uint8_t* p
 }
 
 void Loop::convert(std::uint8_t* buffer) {
-  const std::uint8_t* packet;
-  while (!interrupted() && (packet = input_.Blk_read(buffer)) != nullptr) {
+  const std::uint8_t* packet = nullptr;
+  for (;;) {
+    if (interrupted()) {
+      // Stopped between packets: the buffer holds the last one, as at the end of the input.
+      if (packet) std::memcpy(buffer, packet, kPacketSize);
+      break;
+    }
+    if (!(packet = input_.Blk_read(buffer))) break;
     const std::uint16_t code = code_set(packet);
     if (code != kNone) {
       if (set_.Log_on) log_head(run_.FdLog, packet, code, run_.line);

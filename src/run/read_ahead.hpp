@@ -1,9 +1,9 @@
 #pragma once
 // The input, read a batch of packets at a time into a small ring. While the packet loop converts one
 // batch, a helper thread decodes the DT packets of the batches read after it and takes their
-// samples' statistics: the work that depends on the packet alone. Every read, write and message stays on the loop's thread, in the loop's order,
-// so the output is the same byte for byte as without the helper, which is left out on a single
-// processor and when no thread can be started.
+// samples' statistics: the work that depends on the packet alone. Every read, write and message
+// stays on the loop's thread, in the loop's order, so the output is the same byte for byte as
+// without the helper, which is left out on a single processor and when no thread can be started.
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -57,8 +57,8 @@ class ReadAhead {
   std::size_t pos_ = 0;  // next packet of the current batch
   bool started_ = false;
   const std::uint8_t* last_ = nullptr;  // the packet given last
-  // Batches queued that the helper has not been told of. It is told of two at a time, or when the
-  // loop is about to wait: waking a sleeping thread costs more than a batch's worth of waiting.
+  // Batches queued that the helper has not been told of. It is told of kTellAfter at a time, or when
+  // the loop is about to wait: waking a sleeping thread costs more than a batch's worth of waiting.
   static constexpr std::size_t kTellAfter = kSlots - 2;
   Batch* untold_[kSlots] = {};
   std::size_t n_untold_ = 0;
