@@ -106,12 +106,14 @@ void OutFile::commit(std::size_t n) {
     len_ += n;
     return;
   }
-  // As write() does with a piece that does not fit: what was buffered goes out first. A composed
-  // piece is never as long as the buffer, so it stays buffered.
-  static_assert(kComposeRoom < kCapacity);
+  // As write() does with a piece that does not fit: what was buffered goes out first.
   const std::size_t at = len_;
   flush();
   if (!fp_) return;
+  if (n >= kCapacity) {
+    if (std::fwrite(buf_ + at, 1, n, fp_) != n) fail();
+    return;
+  }
   std::memmove(buf_, buf_ + at, n);
   len_ = n;
 }

@@ -13,8 +13,8 @@ namespace lm {
 class OutFile {
  public:
   static constexpr std::size_t kCapacity = 32 * 1024;
-  // Room past the buffered bytes for a piece composed in place (a packet's sample lines).
-  static constexpr std::size_t kComposeRoom = 24 * 1024;
+  // Room past the capacity for a piece composed in place (a packet's sample lines).
+  static constexpr std::size_t kComposeRoom = 8 * 1024;
 
   OutFile() = default;
   // A file still open when its record goes (a run that ended early) keeps what was written to it,
@@ -42,9 +42,10 @@ class OutFile {
     buf_[len_++] = c;
   }
   void printf(const char* fmt, ...) __attribute__((format(printf, 2, 3)));
-  // Where a piece of at most `most` bytes (at most kComposeRoom) can be made in place, or null
-  // when the file is not open; commit(n) then writes its first n bytes as write() would have.
-  char* compose(std::size_t most) { return fp_ && most <= kComposeRoom ? buf_ + len_ : nullptr; }
+  // Where a piece of at most `most` bytes can be made in place, or null when the file is not open
+  // or the buffer has not that much room left (the piece is then made elsewhere and given to
+  // write()); commit(n) writes its first n bytes as write() would have.
+  char* compose(std::size_t most) { return fp_ && most <= kCapacity + kComposeRoom - len_ ? buf_ + len_ : nullptr; }
   void commit(std::size_t n);
 
   void flush();

@@ -92,6 +92,13 @@ char* sample_lines(char* out, const std::int32_t* v, std::uint32_t n, double& sq
   return out;
 }
 
+// The longest line of samples in [st.lo, st.hi]: that of one of the two.
+std::size_t longest_line(const PacketStats& st) {
+  char line[kSampleLineMax + kSampleLineSlack];
+  const auto lo = put_sample_line(line, st.lo) - line, hi = put_sample_line(line, st.hi) - line;
+  return static_cast<std::size_t>(lo > hi ? lo : hi);
+}
+
 // Simple enough for the compiler to vectorise; inlined into each copy below.
 [[gnu::always_inline]] inline PacketStats stats_of(const std::int32_t* v, std::uint32_t n) {
   std::int64_t sum = 0;
@@ -153,15 +160,16 @@ void Asc_data_out(CHNLST_T* chn, const std::int32_t* samples, std::uint16_t coun
   const std::int32_t* const v = samples + i;
   const std::uint32_t n = end - i;
   Running run(*chn);
-  run.add_packet(v, n, ahead && n == count ? *ahead : packet_stats(v, n));
-  // The lines are made in the file's buffer and go out in one piece per packet; a file that is
-  // not open takes them nowhere.
-  static char nowhere[kMaxSamples * kSampleLineMax + kSampleLineSlack];
-  static_assert(sizeof nowhere <= OutFile::kComposeRoom);
-  char* const text = chn->fp.compose(n * kSampleLineMax + kSampleLineSlack);
-  char* const start = text ? text : nowhere;
-  const char* const stop = sample_lines(start, v, n, run.sq_sum);
-  if (text) chn->fp.commit(static_cast<std::size_t>(stop - start));
+  const PacketStats st = ahead && n == count ? *ahead : packet_stats(v, n);
+  run.add_packet(v, n, st);
+  // The lines go out in one piece per packet, made in the file's buffer when it has room for the
+  // longest they can be, else here and copied.
+  static char elsewhere[kMaxSamples * kSampleLineMax + kSampleLineSlack];
+  char* const text = chn->fp.compose(n * longest_line(st) + kSampleLineSlack);
+  char* const start = text ? text : elsewhere;
+  const auto len = static_cast<std::size_t>(sample_lines(start, v, n, run.sq_sum) - start);
+  if (text) chn->fp.commit(len);
+  else chn->fp.write(start, len);
   run.store(*chn);
 }
 
