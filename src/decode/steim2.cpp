@@ -1,3 +1,4 @@
+#include <array>
 #include <bit>
 #include <cstring>
 
@@ -40,10 +41,21 @@ typedef std::uint32_t Lanes __attribute__((vector_size(16)));
 typedef std::int32_t SignedLanes __attribute__((vector_size(16)));
 
 // How a data word splits, by its code and top nibble: `n` differences of `bits` bits, most
-// significant first; n = 0 for an empty word or an undefined nibble (`bad`). A lane's difference is
-// word * up (moved to the top bits: before AVX2, vector units cannot shift lanes by different
-// counts), taken as signed and shifted right by `right`; up = 0 empties the lanes past n.
-// 64 bytes, so that an index scales by a shift.
+// significant first; n = 0 for an empty word or an undefined nibble (`bad`).
+struct Layout {
+  int n, bits;
+  bool bad;
+};
+constexpr Layout kLayouts[16] = {
+    {0, 0, false}, {0, 0, false},  {0, 0, false},  {0, 0, false},   // code 0: no data
+    {4, 8, false}, {4, 8, false},  {4, 8, false},  {4, 8, false},   // code 1: four bytes, any nibble
+    {0, 0, true},  {1, 30, false}, {2, 15, false}, {3, 10, false},  // code 2
+    {5, 6, false}, {6, 5, false},  {7, 4, false},  {0, 0, true},    // code 3
+};
+
+// A layout for the plain copy. A lane's difference is word * up (moved to the top bits: before AVX2,
+// vector units cannot shift lanes by different counts), taken as signed and shifted right by `right`;
+// up = 0 empties the lanes past n. 64 bytes, so that an index scales by a shift.
 struct alignas(64) WordShape {
   std::uint32_t up[8];  // the low half's lanes, then the high half's
   std::uint8_t right;
@@ -51,21 +63,40 @@ struct alignas(64) WordShape {
   bool bad;
 };
 
-constexpr WordShape shape(int n, int bits, bool bad = false) {
-  WordShape sh{{}, static_cast<std::uint8_t>(n ? 32 - bits : 0), static_cast<std::uint8_t>(n), bad};
+constexpr WordShape shape(const Layout& l) {
+  WordShape sh{{}, static_cast<std::uint8_t>(l.n ? 32 - l.bits : 0), static_cast<std::uint8_t>(l.n), l.bad};
   for (int lane = 0; lane < 8; ++lane) {
     const int i = lane < 4 ? lane : lane - 1;
-    if (i < n) sh.up[lane] = 1u << (32 - bits * (n - i));
+    if (i < l.n) sh.up[lane] = 1u << (32 - l.bits * (l.n - i));
   }
   return sh;
 }
 
-constexpr WordShape kShapes[16] = {
-    shape(0, 0), shape(0, 0),  shape(0, 0),  shape(0, 0),         // code 0: no data
-    shape(4, 8), shape(4, 8),  shape(4, 8),  shape(4, 8),         // code 1: four bytes, any nibble
-    shape(0, 0, true), shape(1, 30), shape(2, 15), shape(3, 10),  // code 2
-    shape(5, 6), shape(6, 5),  shape(7, 4),  shape(0, 0, true),   // code 3
+// The same layout for the AVX2 copy, whose lanes shift by counts of their own: difference i is the
+// word shifted left by left[i], then right by right[i] with its sign. Lanes past n shift by 0; their
+// values are overwritten by the next word or lie past the count.
+struct alignas(64) WordShifts {
+  std::uint32_t left[8];
+  std::uint32_t right[8];
 };
+
+constexpr WordShifts shifts(const Layout& l) {
+  WordShifts sh{};
+  for (int i = 0; i < l.n; ++i) {
+    sh.left[i] = static_cast<std::uint32_t>(32 - l.bits * (l.n - i));
+    sh.right[i] = static_cast<std::uint32_t>(32 - l.bits);
+  }
+  return sh;
+}
+
+template <typename T, T (*make)(const Layout&)>
+constexpr std::array<T, 16> table() {
+  std::array<T, 16> t{};
+  for (std::size_t k = 0; k < t.size(); ++k) t[k] = make(kLayouts[k]);
+  return t;
+}
+constexpr auto kShapes = table<WordShape, shape>();
+constexpr auto kShifts = table<WordShifts, shifts>();
 
 // The differences of one data word at out[0..7): the low half's lanes hold differences 0-3, the
 // high half's 3-6 (lane 3 twice, the same value), so two four-lane stores never pass the seventh place.
@@ -96,6 +127,42 @@ constexpr WordShape kShapes[16] = {
     d += carry;
     std::memcpy(v + i, &d, sizeof d);
     carry = __builtin_shufflevector(d, d, 3, 3, 3, 3);
+  }
+  s = carry[0];
+  for (; i < n; ++i) v[i] = s += v[i];
+  return s;
+}
+
+typedef std::uint32_t Lanes8 __attribute__((vector_size(32)));
+typedef std::int32_t SignedLanes8 __attribute__((vector_size(32)));
+
+// spread() for the AVX2 copy: the differences in eight lanes by two shifts. Eight places go out from
+// `out` while it stands at or below `room` (eight places before the span's end), seven past it.
+[[gnu::always_inline]] inline std::uint32_t* spread_wide(std::uint32_t w, unsigned k, std::uint32_t* out,
+                                                         const std::uint32_t* room) {
+  Lanes8 left, right;
+  std::memcpy(&left, kShifts[k].left, sizeof left);
+  std::memcpy(&right, kShifts[k].right, sizeof right);
+  const Lanes8 d = reinterpret_cast<Lanes8>(reinterpret_cast<SignedLanes8>((Lanes8{} + w) << left) >>
+                                            reinterpret_cast<SignedLanes8>(right));
+  std::memcpy(out, &d, out <= room ? sizeof d : sizeof d - sizeof w);
+  return out + kShapes[k].n;
+}
+
+// integrate() for the AVX2 copy, eight lanes a step.
+[[gnu::always_inline]] inline std::uint32_t integrate_wide(std::uint32_t* v, std::uint32_t n, std::uint32_t s) {
+  const Lanes8 zero{};
+  Lanes8 carry = zero + s;
+  std::uint32_t i = 0;
+  for (; i + 8 <= n; i += 8) {
+    Lanes8 d;
+    std::memcpy(&d, v + i, sizeof d);
+    d += __builtin_shufflevector(d, zero, 8, 0, 1, 2, 8, 4, 5, 6);
+    d += __builtin_shufflevector(d, zero, 8, 8, 0, 1, 8, 8, 4, 5);
+    d += __builtin_shufflevector(d, zero, 8, 8, 8, 8, 3, 3, 3, 3);
+    d += carry;
+    std::memcpy(v + i, &d, sizeof d);
+    carry = __builtin_shufflevector(d, d, 7, 7, 7, 7, 7, 7, 7, 7);
   }
   s = carry[0];
   for (; i < n; ++i) v[i] = s += v[i];
@@ -153,7 +220,8 @@ std::uint16_t undefined_nibbles(const std::uint8_t* packet, int first, std::uint
   return n;
 }
 
-// The decoder's steps, built twice below.
+// The decoder's steps, built twice below: for any processor, and with AVX2 (`wide`).
+template <bool wide>
 [[gnu::always_inline]] inline Decoded decode(const std::uint8_t* packet, std::int32_t& last,
                                              std::span<std::uint32_t> span) {
   using namespace steim;
@@ -175,33 +243,36 @@ std::uint16_t undefined_nibbles(const std::uint8_t* packet, int first, std::uint
   static_assert(kMaxSamples == 7 * kMaxDataWords);
   std::uint32_t* const start = span.data();
   std::uint32_t* out = start;
+  const std::uint32_t* const room = start + span.size() - 8;
   FrameWords fw;
   for (int f = 1; f <= dt::kFrameCount; ++f) {
     split_frame(packet + word_offset(f, 0), fw);
     for (int w = f == 1 ? first : 1; w < kWordsPerFrame; ++w) {
-      const WordShape& sh = kShapes[fw.shape[w]];
-      any_undefined |= sh.bad;
-      out = spread(fw.word[w], sh, out);
+      const unsigned k = fw.shape[w];
+      any_undefined |= kShapes[k].bad;
+      if constexpr (wide) out = spread_wide(fw.word[w], k, out, room);
+      else out = spread(fw.word[w], kShapes[k], out);
     }
   }
   const auto count = static_cast<std::uint32_t>(out - start);
   // Unsigned: the integration wraps modulo 2^32.
-  const std::uint32_t s = integrate(start, count, claims.x0 - d0);
+  std::uint32_t s = claims.x0 - d0;
+  if constexpr (wide) s = integrate_wide(start, count, s);
+  else s = integrate(start, count, s);
   Decoded d = finish(last, claims, count, d0, s);
   if (any_undefined) d.n_undefined = undefined_nibbles(packet, first, d.undefined);
   return d;
 }
 
-// For processors with AVX2, where a lane multiply is one instruction instead of six.
 LM_TARGET_WIDE Decoded decode_wide(const std::uint8_t* packet, std::int32_t& last, std::span<std::uint32_t> span) {
-  return decode(packet, last, span);
+  return decode<true>(packet, last, span);
 }
 
 }  // namespace
 
 // The same steps for any processor or with AVX2, so the same results.
 Decoded Buf_c2(const std::uint8_t* packet, std::int32_t& last, std::span<std::uint32_t> span) {
-  return has_wide_vectors() ? decode_wide(packet, last, span) : decode(packet, last, span);
+  return has_wide_vectors() ? decode_wide(packet, last, span) : decode<false>(packet, last, span);
 }
 
 }  // namespace lm
