@@ -80,13 +80,22 @@ struct Running {
 };
 
 // The sample lines of v[0..n) at out, and their squares added to sq_sum one at a time (their
-// rounding depends on the order): the additions' latency hides behind the lines' work.
-char* sample_lines(char* out, const std::int32_t* v, std::uint32_t n, double& sq_sum) {
+// rounding depends on the order): the additions' latency hides behind the lines' work. Most packets
+// hold only samples the small table covers: their loop skips the test of each sample's size.
+char* sample_lines(char* out, const std::int32_t* v, std::uint32_t n, const PacketStats& st, double& sq_sum) {
   double sq = sq_sum;
-  for (std::uint32_t j = 0; j < n; ++j) {
-    const double x = v[j];
-    sq += x * x;
-    out = put_sample_line(out, v[j]);
+  if (st.lo >= -line_detail::kSmallMax && st.hi <= line_detail::kSmallMax) {
+    for (std::uint32_t j = 0; j < n; ++j) {
+      const double x = v[j];
+      sq += x * x;
+      out = line_detail::put_small(out, v[j]);
+    }
+  } else {
+    for (std::uint32_t j = 0; j < n; ++j) {
+      const double x = v[j];
+      sq += x * x;
+      out = put_sample_line(out, v[j]);
+    }
   }
   sq_sum = sq;
   return out;
@@ -167,7 +176,7 @@ void Asc_data_out(CHNLST_T* chn, const std::int32_t* samples, std::uint16_t coun
   static char elsewhere[kMaxSamples * kSampleLineMax + kSampleLineSlack];
   char* const text = chn->fp.compose(n * longest_line(st) + kSampleLineSlack);
   char* const start = text ? text : elsewhere;
-  const auto len = static_cast<std::size_t>(sample_lines(start, v, n, run.sq_sum) - start);
+  const auto len = static_cast<std::size_t>(sample_lines(start, v, n, st, run.sq_sum) - start);
   if (text) chn->fp.commit(len);
   else chn->fp.write(start, len);
   run.store(*chn);
