@@ -9,6 +9,13 @@ namespace lm {
 
 // v with at least `width` digits (zero-padded), as "%0*lu" prints it.
 inline char* put_dec_min(char* out, std::uint64_t v, int width) {
+  // Most values fill their width exactly: the digits go straight to their places.
+  constexpr std::uint64_t kTen[] = {1, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000, 1000000000,
+                                    10000000000};
+  if (width >= 1 && width <= 10 && v < kTen[width]) {
+    for (int i = width - 1; i >= 0; --i, v /= 10) out[i] = static_cast<char>('0' + v % 10);
+    return out + width;
+  }
   char tmp[20];
   int n = 0;
   do {

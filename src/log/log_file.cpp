@@ -83,13 +83,16 @@ void log_head(OutFile& stream, const std::uint8_t* packet, std::uint16_t code, L
     char after;
   } kTime[] = {{d::kYear, 2, ':'}, {d::kDay, 3, ':'},    {d::kHour, 2, ':'},
                {d::kMinute, 2, ':'}, {d::kSecond, 2, '.'}, {d::kMilli, 3, ' '}};
+  // Header digits are never NUL: each field is copied as four of them (the line has room), and what
+  // lies past its width is written over by what follows.
   for (const auto& t : kTime) {
-    p = put_text_n(p, h.at(t.digit), t.width);
+    std::memcpy(p, h.at(t.digit), 4);
+    p += t.width;
     *p++ = t.after;
   }
   p = put_hex(put_text(p, "U:"), hdr::kUnitId.value(packet), 4);
   if (has_extension(code)) {
-    p = put_dec_min(put_text(put_text_n(put_text(p, " E:"), h.at(d::kEvent), 4), " D:"),
+    p = put_dec_min(put_text(put_text(put_text(p, " E:"), {h.at(d::kEvent), 4}), " D:"),
                     unsigned{hdr::kStream.value(packet)} + 1u, 1);
     if (code == kDT) {
       // Channels past 'Z' (damaged BCD) show as '?'.
@@ -105,7 +108,7 @@ void log_head(OutFile& stream, const std::uint8_t* packet, std::uint16_t code, L
   } else {
     p = put_text(p, "                           ");
   }
-  p = put_text(put_text_n(put_text(p, " N:"), h.at(d::kSequence), 4), " B:");
+  p = put_text(put_text(put_text(p, " N:"), {h.at(d::kSequence), 4}), " B:");
   p = put_text(put_dec_min(p, at.Blk_cnt, 10), "\r\n");
   stream.write(line, static_cast<std::size_t>(p - line));
 }

@@ -33,15 +33,39 @@ void pkt_time_str(const std::uint8_t* packet, char* out) {
   out[kTimeLen] = '\0';
 }
 
-void add_str_tim(char* time, float rate, const std::uint8_t* count) {
-  // Fields keep the widths of the recorder's arithmetic: 16 bits, milliseconds 32 bits.
+namespace {
+
+// A time string's fields in the widths of the recorder's arithmetic: 16 bits, milliseconds 32 bits.
+struct Fields {
+  std::uint16_t year, day, hour, minute, second;
+  std::uint32_t milli;
+};
+
+// The fields of `time`. Sixteen plain digits, as every undamaged packet gives, are read by position
+// (once per data packet); any other text field by field, each as far as its leading number goes.
+Fields read_fields(const char* time) {
+  int n = 0;
+  while (n < kTimeLen && time[n] >= '0' && time[n] <= '9') ++n;
+  if (n == kTimeLen) {
+    auto num = [time](TimeText::Slice s) {
+      std::uint32_t v = 0;
+      for (int i = s.at; i < s.at + s.len; ++i) v = v * 10 + static_cast<std::uint32_t>(time[i] - '0');
+      return v;
+    };
+    return {static_cast<std::uint16_t>(num(TimeText::kYear)),   static_cast<std::uint16_t>(num(TimeText::kDay)),
+            static_cast<std::uint16_t>(num(TimeText::kHour)),   static_cast<std::uint16_t>(num(TimeText::kMinute)),
+            static_cast<std::uint16_t>(num(TimeText::kSecond)), num(TimeText::kMilli)};
+  }
   const TimeText t(time);
-  std::uint16_t year = static_cast<std::uint16_t>(t.number(TimeText::kYear));
-  std::uint16_t day = static_cast<std::uint16_t>(t.number(TimeText::kDay));
-  std::uint16_t hour = static_cast<std::uint16_t>(t.number(TimeText::kHour));
-  std::uint16_t minute = static_cast<std::uint16_t>(t.number(TimeText::kMinute));
-  std::uint16_t second = static_cast<std::uint16_t>(t.number(TimeText::kSecond));
-  std::uint32_t milli = static_cast<std::uint32_t>(t.number(TimeText::kMilli));
+  auto num = [&t](TimeText::Slice s) { return static_cast<std::uint16_t>(t.number(s)); };
+  return {num(TimeText::kYear),   num(TimeText::kDay),    num(TimeText::kHour),
+          num(TimeText::kMinute), num(TimeText::kSecond), static_cast<std::uint32_t>(t.number(TimeText::kMilli))};
+}
+
+}  // namespace
+
+void add_str_tim(char* time, float rate, const std::uint8_t* count) {
+  auto [year, day, hour, minute, second, milli] = read_fields(time);
 
   if (rate != 0.0f) {
     char digits[4];
