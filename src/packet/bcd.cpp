@@ -27,13 +27,6 @@ void unbcd(char* text, const std::uint8_t* bytes, std::uint16_t count) {
   }
 }
 
-std::uint16_t bcd2i(const std::uint8_t* bytes, std::int16_t count) {
-  unsigned value = 0;
-  for (std::int16_t i = 0; i < count; ++i)
-    value = (value * 100 + (bytes[i] >> 4) * 10 + (bytes[i] & 0x0F)) & 0xFFFF;
-  return static_cast<std::uint16_t>(value);
-}
-
 std::uint16_t bcdtoi(const std::uint8_t* bytes, std::uint16_t count) {
   return bcd2i(bytes, static_cast<std::int16_t>(count));
 }

@@ -6,8 +6,14 @@ namespace lm {
 // Two characters per byte, high nibble first, each nibble + '0' (nibbles above 9 give ':' to '?').
 // Writes no terminating NUL.
 void unbcd(char* text, const std::uint8_t* bytes, std::uint16_t count);
-// Packed decimal to binary, kept modulo 65536; nibbles above 9 are not rejected.
-std::uint16_t bcd2i(const std::uint8_t* bytes, std::int16_t count);
+// Packed decimal to binary, kept modulo 65536; nibbles above 9 are not rejected. Inline: a packet's
+// header fields are read through it a dozen times.
+inline std::uint16_t bcd2i(const std::uint8_t* bytes, std::int16_t count) {
+  unsigned value = 0;
+  for (std::int16_t i = 0; i < count; ++i)
+    value = (value * 100 + (bytes[i] >> 4) * 10 + (bytes[i] & 0x0F)) & 0xFFFF;
+  return static_cast<std::uint16_t>(value);
+}
 std::uint16_t bcdtoi(const std::uint8_t* bytes, std::uint16_t count);
 
 // count bytes (2 or 4) read most significant first; any other count prints a message and gives 0.
