@@ -1,5 +1,5 @@
 // The export end to end: packets built from known samples, exported, and read back through libmseed
-// (every sample, start, rate and code), libxml2 (the StationXML's codes and spans) and mseed2sac.
+// (every sample, start, rate and code) and libxml2 (the StationXML's codes and spans).
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
@@ -326,53 +326,6 @@ TEST(MseedExport, FailuresNameTheFileAndSetTheStatus) {
     EXPECT_EQ(r.status, c.status) << c.message;
     EXPECT_NE(r.err.find(c.message), std::string::npos) << r.err;
   }
-}
-
-// The samples and start times a SAC tool reads from the records are the converter's trace files'.
-TEST(MseedExport, Mseed2sacReadsTheConvertersSamples) {
-  e2e::TempDir tmp;
-  for (const char* d : {"asc", "ms", "sac"}) fs::create_directory(tmp / d);
-  const std::string sample = LM_SOURCE_DIR "/examples/sample.pkt";
-  ASSERT_EQ(e2e::run({"-VN", sample, tmp / "asc"}, tmp.str()).status, 0);
-  lm::mseed::Options o;
-  o.out_dir = tmp / "ms";
-  o.inputs = {sample};
-  o.quiet = true;
-  o.no_stationxml = true;
-  ASSERT_EQ(run_export(o).status, 0);
-
-  // Start (YYYY:DDD:HH:MM:SS.mmm) and samples of every trace, from either side.
-  using Seen = std::multiset<std::pair<std::string, std::vector<long>>>;
-  Seen asc, sac;
-  for (const std::string& f : e2e::list_files(tmp / "asc")) {
-    if (fs::path(f).extension() != ".atr") continue;
-    std::istringstream in(e2e::read_file(tmp / ("asc/" + f)));
-    std::string line, time;
-    std::vector<long> v;
-    for (int i = 0; i < 10 && std::getline(in, line); ++i)
-      if (line.rfind("$Time=", 0) == 0) time = line.substr(6, 21);
-    while (std::getline(in, line)) v.push_back(std::stol(line));
-    asc.emplace(time, v);
-  }
-  const std::string cmd = "cd '" + tmp / "sac" + "' && mseed2sac -f 1 ../ms/*.mseed >/dev/null 2>&1";
-  ASSERT_EQ(std::system(cmd.c_str()), 0) << "mseed2sac failed (Debian package mseed2sac)";
-  for (const std::string& f : e2e::list_files(tmp / "sac")) {
-    std::istringstream in(e2e::read_file(tmp / ("sac/" + f)));
-    std::string line;
-    for (int i = 0; i < 14; ++i) std::getline(in, line);  // the float header
-    int y, d, h, m, s, ms, skip, npts;
-    in >> y >> d >> h >> m >> s >> ms >> skip >> skip >> skip >> npts;
-    for (int i = 0; i < 15; ++i) std::getline(in, line);  // the rest of the header
-    std::vector<long> v;
-    double x;
-    while (in >> x) v.push_back(std::lround(x));
-    EXPECT_EQ(static_cast<int>(v.size()), npts) << f;
-    char time[32];
-    std::snprintf(time, sizeof time, "%04d:%03d:%02d:%02d:%02d.%03d", y, d, h, m, s, ms);
-    sac.emplace(time, v);
-  }
-  EXPECT_EQ(sac.size(), 20u);
-  EXPECT_EQ(sac, asc);
 }
 
 }  // namespace
