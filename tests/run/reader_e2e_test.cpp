@@ -140,7 +140,8 @@ TEST(Spine, OnATerminalProgressIsThinnedAndEndsWithTheLastPacket) {
   TempDir tmp;
   constexpr unsigned kPackets = 3000;
   e2e::write_packets(tmp / "in.pkt", std::vector<Packet>(kPackets, text_packet("FD", 1, 1)));
-  const auto r = e2e::run_on_terminal({"in.pkt", "-LN"}, tmp.str());
+  e2e::Child child = e2e::start({"in.pkt", "-LN"}, tmp.str(), nullptr, {}, true);
+  const auto r = e2e::finish(child);
   EXPECT_EQ(r.status, 0);
   const std::string rest = after_echo(r.out);
   ASSERT_TRUE(rest.starts_with(kVerboseStart + "\r") && rest.ends_with("\r\n")) << rest.substr(0, 200);

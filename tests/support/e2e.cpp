@@ -89,11 +89,6 @@ RunResult run(const std::vector<std::string>& args, const std::string& cwd, cons
   return finish(child, stdin_text);
 }
 
-RunResult run_on_terminal(const std::vector<std::string>& args, const std::string& cwd) {
-  Child child = start(args, cwd, nullptr, {}, true);
-  return finish(child);
-}
-
 std::string read_file(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   std::ostringstream ss;

@@ -48,9 +48,6 @@ RunResult finish(Child& child, const std::string& stdin_text = "");
 RunResult run(const std::vector<std::string>& args, const std::string& cwd, const char* lmu = nullptr,
               const std::string& stdin_text = "", const Limits& limits = {});
 
-// Runs the converter with its standard output on a pseudo-terminal.
-RunResult run_on_terminal(const std::vector<std::string>& args, const std::string& cwd);
-
 std::string read_file(const std::string& path);
 bool exists(const std::string& path);
 // Writes packets to a file.
