@@ -12,6 +12,8 @@
 #include <filesystem>
 #include <fstream>
 #include <numbers>
+#include <optional>
+#include <vector>
 #include <string>
 
 #include "config/ini.hpp"
@@ -114,18 +116,35 @@ TEST(StationXml, ValuesOfAHandWrittenIni) {
 
 struct Stages {
   const char* what;
-  const char* lines;  // channel 1 of unit 0A2B
+  const char* lines;  // of unit 0A2B (channel 1 the one written, on an axis with no default orientation)
   int gain_ndx;       // -1: the event header gave no gain code
   const char* why;    // the no_response reason, empty when a response is written
-  int zeros;          // of the sensor stage, when written
+  int zeros;          // of the sensor stage at the origin, when written
+  std::vector<Cx> poles = {};
+  double norm = 0;    // the normalisation frequency, when the INI gives it
+  std::optional<double> azm = {}, dip = {};
 };
+
+const std::string kManyPoles = [] {
+  std::string s = "Ch1SnsMake=Mark\nCh1SnsModel=L-4\nCh1SnsVPU=100\n";
+  for (int i = 1; i <= 17; ++i) s += "Ch1Pole=-" + std::to_string(i) + ",0\n";
+  return s;
+}();
 
 const Stages kStages[] = {
     {"NZNP puts the zeros without a line at the origin",
-     "Ch1SnsMake=Mark\nCh1SnsModel=L-4\nCh1SnsVPU=100\nCh1NZNP=2,2\nCh1Pole=-4,4\nCh1Pole=-4,-4\n", 0, "", 2},
+     "Ch1SnsMake=Mark\nCh1SnsModel=L-4\nCh1SnsVPU=100\nCh1NZNP=2,2\nCh1Pole=-4,4\nCh1Pole=-4,-4\n", 0, "", 2,
+     {{-4, 4}, {-4, -4}}},
     {"NZNP and the lines disagree", "Ch1SnsMake=Mark\nCh1SnsModel=L-4\nCh1SnsVPU=100\nCh1NZNP=0,3\nCh1Pole=-4,4\n", 0,
      "NZNP gives 0 zeros and 3 poles, the INI lists 0 and 1", 0},
-    {"a gain-only sensor stage", "Ch1SnsMake=Mark\nCh1SnsModel=L-4\nCh1SnsVPU=100\n", 0, "", 0},
+    {"the roots in order, a pole without imaginary part real; 0 is a given azimuth and dip",
+     "Ch1SnsMake=Mark\nCh1SnsModel=L-4\nCh1SnsVPU=100\nCh1Zero=0,0\nCh1Pole=-4.44,4.44 ; rad/s\nCh1Pole= -12.5\n"
+     "Ch1Pole=-1e3,2E2\nCh1Norm=1.5\nCh1Azm=0\nCh1Dip=0\n", 0, "", 1, {{-4.44, 4.44}, {-12.5, 0}, {-1000, 200}}, 1.5,
+     0, 0},
+    {"a gain-only sensor stage; other channels' and units' lines stay there; a dip alone",
+     "Ch1SnsMake=Mark\nCh1SnsModel=L-4\nCh1SnsVPU=100\nCh1Dip=-90\nCh2Pole=-1,1\nCh2Azm=10\nCh2Norm=3\n"
+     "[0A2C]\nCh1Pole=-7,7\n", 0, "", 0, {}, 0, {}, -90},
+    {"17 roots are more than fit", kManyPoles.c_str(), 0, "more than 16 poles and zeros in the INI", 0},
     {"no volts per unit", "Ch1SnsMake=Mark\nCh1SnsModel=L-4\nCh1SnsFreq=1\nCh1SnsDamp=0.7\n", 0, "no volts per unit", 0},
     {"no gain code", "Ch1SnsMake=Mark\nCh1SnsModel=L-4\nCh1SnsVPU=100\n", -1, "no gain code", 0},
     {"a pressure sensor has no ground-motion unit", "Ch1SnsMake=Pressure\nCh1SnsModel=x\nCh1SnsVPU=1\n", 0,
@@ -137,11 +156,19 @@ TEST(StationXml, AResponseOnlyWhenEveryStageIsKnown) {
     e2e::TempDir tmp;
     std::ofstream(tmp / "lmu.ini") << "[0A2B]\n" << c.lines;
     StationMeta st = station(tmp / "lmu.ini");
-    st.channels = {channel("EHZ", 100, 1e-6, c.gain_ndx, 0, tmp / "lmu.ini")};
+    st.channels = {channel("EH1", 100, 1e-6, c.gain_ndx, 0, tmp / "lmu.ini")};
     const auto r = lm::mseed::write_stationxml(tmp / "XX.xml", tmp.str().size(), {st});
     ASSERT_TRUE(r.ok) << r.error;
     expect_valid(tmp / "XX.xml");
     const Doc d(tmp / "XX.xml");
+    EXPECT_EQ(d.count("//s:Channel/s:Azimuth"), c.azm.has_value()) << c.what;
+    EXPECT_EQ(d.count("//s:Channel/s:Dip"), c.dip.has_value()) << c.what;
+    if (c.azm) {
+      EXPECT_EQ(d.num("//s:Channel/s:Azimuth"), *c.azm) << c.what;
+    }
+    if (c.dip) {
+      EXPECT_EQ(d.num("//s:Channel/s:Dip"), *c.dip) << c.what;
+    }
     const std::string pz = "//s:Channel/s:Response/s:Stage[1]/s:PolesZeros";
     if (*c.why) {
       ASSERT_EQ(r.no_response.size(), 1u) << c.what;
@@ -151,6 +178,12 @@ TEST(StationXml, AResponseOnlyWhenEveryStageIsKnown) {
     }
     EXPECT_TRUE(r.no_response.empty()) << c.what;
     EXPECT_EQ(d.count(pz + "/s:Zero[s:Real=0 and s:Imaginary=0]"), c.zeros) << c.what;
+    ASSERT_EQ(d.count(pz + "/s:Pole"), static_cast<int>(c.poles.size())) << c.what;
+    for (std::size_t i = 0; i < c.poles.size(); ++i)
+      EXPECT_EQ(d.root(pz + "/s:Pole[" + std::to_string(i + 1) + "]"), c.poles[i]) << c.what << " pole " << i + 1;
+    if (c.norm > 0) {
+      EXPECT_EQ(d.num(pz + "/s:NormalizationFrequency"), c.norm) << c.what;
+    }
     EXPECT_NEAR(d.normalised_gain(pz), 1, 1e-6) << c.what;
     EXPECT_NEAR(d.num("//s:InstrumentSensitivity/s:Value"), 100 / 1e-6, 1e-3) << c.what;
   }
