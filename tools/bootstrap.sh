@@ -2,7 +2,7 @@
 # Installs the Debian packages the build and the tests need (and any named as arguments), when missing.
 set -euo pipefail
 pkgs=(cmake g++ make libgtest-dev libmseed-dev pkg-config libcairo2-dev fonts-dejavu-core clang libclang-rt-14-dev
-      parallel dpkg-dev file lintian man-db groff-base libxml2-dev libxml2-utils mseed2sac
+      parallel dpkg-dev file lintian man-db groff-base libxml2-dev libxml2-utils
       "$@")  # callers may name more
 missing=()
 for p in "${pkgs[@]}"; do
