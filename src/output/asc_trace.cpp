@@ -84,19 +84,17 @@ struct Running {
 // hold only samples the small table covers: their loop skips the test of each sample's size.
 char* sample_lines(char* out, const std::int32_t* v, std::uint32_t n, const PacketStats& st, double& sq_sum) {
   double sq = sq_sum;
-  if (st.lo >= -line_detail::kSmallMax && st.hi <= line_detail::kSmallMax) {
+  auto each = [&](auto put) {
     for (std::uint32_t j = 0; j < n; ++j) {
       const double x = v[j];
       sq += x * x;
-      out = line_detail::put_small(out, v[j]);
+      out = put(out, v[j]);
     }
-  } else {
-    for (std::uint32_t j = 0; j < n; ++j) {
-      const double x = v[j];
-      sq += x * x;
-      out = put_sample_line(out, v[j]);
-    }
-  }
+  };
+  if (st.lo >= -line_detail::kSmallMax && st.hi <= line_detail::kSmallMax)
+    each([](char* o, std::int32_t x) { return line_detail::put_small(o, x); });
+  else
+    each([](char* o, std::int32_t x) { return put_sample_line(o, x); });
   sq_sum = sq;
   return out;
 }
