@@ -12,7 +12,8 @@ namespace lm {
 // write, flush, seek and close is checked: a failure ends the run with the write error.
 class OutFile {
  public:
-  static constexpr std::size_t kCapacity = 32 * 1024;
+  // 64 KiB a write: at half that, the kernel's cost per call was 3 % of a conversion's processor time.
+  static constexpr std::size_t kCapacity = 64 * 1024;
   // Room past the capacity for a piece composed in place (a packet's sample lines).
   static constexpr std::size_t kComposeRoom = 8 * 1024;
 
