@@ -12,6 +12,20 @@ namespace lm {
 
 Progress::Progress() : tty_(isatty(fileno(stdout)) != 0) {}
 
+namespace {
+
+std::size_t dt_text(const DtLine& l, char* line) {
+  char* p = put_dec_min(put_text(line, "\r"), l.blk, 5);
+  p = put_hex(put_text(p, "       DT      "), l.unit, 4);
+  p = put_dec_min(put_text(p, "       "), l.evt, 4);
+  p = put_dec_min(put_text(p, "         "), l.stream, 2);
+  p = put_dec_min(put_text(p, "         "), l.channel, 2);
+  p = put_text(p, "   ");
+  return static_cast<std::size_t>(p - line);
+}
+
+}  // namespace
+
 void Progress::show(const char* text, std::size_t n) {
   if (!tty_) {
     std::fwrite(text, 1, n, stdout);
@@ -19,20 +33,39 @@ void Progress::show(const char* text, std::size_t n) {
   }
   std::memcpy(pending_, text, n < sizeof pending_ ? n : sizeof pending_);
   pending_len_ = n < sizeof pending_ ? n : sizeof pending_;
-  const auto now = std::chrono::steady_clock::now();
-  if (now - drawn_ >= std::chrono::milliseconds(50)) {
-    drawn_ = now;
-    draw();
-  }
+  dt_pending_ = false;
+  if (due()) draw();
 }
 
 void Progress::show(const char* text) { show(text, std::strlen(text)); }
+
+void Progress::show(const DtLine& line) {
+  if (!tty_) {
+    char text[96];
+    std::fwrite(text, 1, dt_text(line, text), stdout);
+    return;
+  }
+  pending_dt_ = line;
+  dt_pending_ = true;
+  if (due()) draw();
+}
+
+bool Progress::due() {
+  const auto now = std::chrono::steady_clock::now();
+  if (now - drawn_ < std::chrono::milliseconds(50)) return false;
+  drawn_ = now;
+  return true;
+}
 
 void Progress::settle() {
   if (tty_) draw();
 }
 
 void Progress::draw() {
+  if (dt_pending_) {
+    pending_len_ = dt_text(pending_dt_, pending_);
+    dt_pending_ = false;
+  }
   if (pending_len_ == 0) return;
   std::fwrite(pending_, 1, pending_len_, stdout);
   std::fflush(stdout);
@@ -62,16 +95,9 @@ void show_eh_et(Progress& con, unsigned long blk, const char* type, const Evt* e
   con.show(line);
 }
 
-// By hand: it comes with nearly every packet.
 void show_dt(Progress& con, unsigned long blk, const UNIT_T* unit, const CHNLST_T* chn, const std::uint8_t* pkt) {
-  char line[96];
-  char* p = put_dec_min(put_text(line, "\r"), blk, 5);
-  p = put_hex(put_text(p, "       DT      "), unit->unit_id, 4);
-  p = put_dec_min(put_text(p, "       "), chn->evt_num, 4);
-  p = put_dec_min(put_text(p, "         "), unsigned{hdr::kStream.value(pkt)} + 1u, 2);
-  p = put_dec_min(put_text(p, "         "), unsigned{hdr::kChannel.value(pkt)} + 1u, 2);
-  p = put_text(p, "   ");
-  con.show(line, static_cast<std::size_t>(p - line));
+  con.show(DtLine{blk, unit->unit_id, chn->evt_num, unsigned{hdr::kStream.value(pkt)} + 1u,
+                  unsigned{hdr::kChannel.value(pkt)} + 1u});
 }
 
 void show_plain(Progress& con, unsigned long blk, const std::uint8_t* pkt, const UNIT_T* sh_unit) {

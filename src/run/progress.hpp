@@ -12,19 +12,33 @@
 
 namespace lm {
 
+// What a DT packet's line shows, kept as numbers: on a terminal most of these lines are never drawn,
+// so they are made into text only when they are.
+struct DtLine {
+  unsigned long blk;
+  std::uint16_t unit;
+  std::uint32_t evt;
+  unsigned stream, channel;  // from 1
+};
+
 class Progress {
  public:
   Progress();
   void show(const char* text, std::size_t n);
   void show(const char* text);
+  void show(const DtLine& line);
   // The latest line, when it has not been drawn yet.
   void settle();
 
  private:
+  // On a terminal: whether the latest line is to be drawn now.
+  bool due();
   void draw();
   bool tty_;
   char pending_[160];
   std::size_t pending_len_ = 0;
+  DtLine pending_dt_{};
+  bool dt_pending_ = false;  // the latest line is pending_dt_, not yet made into text
   std::chrono::steady_clock::time_point drawn_{};
 };
 

@@ -1,6 +1,7 @@
 // The packet loop as a user sees it: progress display, run-log lines, partial packets.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <cstdio>
 #include <sstream>
@@ -135,28 +136,48 @@ TEST(Spine, MegabyteCounterWhenNotVerbose) {
 }
 
 // On a terminal the progress line is drawn at most about 20 times a second: some packets' lines are
-// never drawn, those drawn come in order, and the last packet's line always stands at the end.
+// never drawn, those drawn come in order, and the last packet's line always stands at the end, whether
+// it is a DT packet's (made into text only when drawn) or another's after DT packets.
 TEST(Spine, OnATerminalProgressIsThinnedAndEndsWithTheLastPacket) {
-  TempDir tmp;
   constexpr unsigned kPackets = 3000;
-  e2e::write_packets(tmp / "in.pkt", std::vector<Packet>(kPackets, text_packet("FD", 1, 1)));
-  e2e::Child child = e2e::start({"in.pkt", "-LN"}, tmp.str(), nullptr, {}, true);
-  const auto r = e2e::finish(child);
-  EXPECT_EQ(r.status, 0);
-  const std::string rest = after_echo(r.out);
-  ASSERT_TRUE(rest.starts_with(kVerboseStart + "\r") && rest.ends_with("\r\n")) << rest.substr(0, 200);
-  std::istringstream drawn(rest.substr(kVerboseStart.size() + 1, rest.size() - kVerboseStart.size() - 3));
-  unsigned lines = 0, last = 0;
-  for (std::string line; std::getline(drawn, line, '\r'); ++lines) {
-    char want[80];
-    const auto n = static_cast<unsigned>(std::stoul(line));
-    std::snprintf(want, sizeof want, "%05u       FD         -          -          -          -   ", n);
-    EXPECT_EQ(line, want);
-    EXPECT_GT(n, last);
-    last = n;
+  const Packet fd = text_packet("FD", 1, 1);
+  const Packet eh = pktkit::make_event_packet("EH", 0x00AB, {}, 1, 7, 0, false, {});
+  const Packet dt = pktkit::make_dt16(0x00AB, {}, 2, 7, 1, 2, {1});
+  const std::string fd_line = "       FD         -          -          -          -   ";
+  const std::string dt_line = "       DT      00AB       0007         02         03   ";
+  struct Case {
+    const char* name;
+    std::vector<const Packet*> stream;  // packet i + 1 is stream[min(i, size - 2)], the last is stream.back()
+  } cases[] = {{"plain lines", {&fd, &fd}}, {"DT lines", {&eh, &dt, &dt}}, {"DT lines, then a plain one", {&eh, &dt, &fd}}};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    TempDir tmp;
+    std::vector<Packet> pkts;
+    for (unsigned i = 0; i + 1 < kPackets; ++i) pkts.push_back(*c.stream[std::min<std::size_t>(i, c.stream.size() - 2)]);
+    pkts.push_back(*c.stream.back());
+    e2e::write_packets(tmp / "in.pkt", pkts);
+    e2e::Child child = e2e::start({"in.pkt", "-LN", "-S0"}, tmp.str(), nullptr, {}, true);
+    const auto r = e2e::finish(child);
+    EXPECT_EQ(r.status, 0);
+    const std::string rest = after_echo(r.out);
+    ASSERT_TRUE(rest.starts_with(kVerboseStart + "\r") && rest.ends_with("\r\n")) << rest.substr(0, 200);
+    std::istringstream drawn(rest.substr(kVerboseStart.size() + 1, rest.size() - kVerboseStart.size() - 3));
+    unsigned lines = 0, last = 0;
+    std::string last_line;
+    for (std::string line; std::getline(drawn, line, '\r'); ++lines) {
+      const auto n = static_cast<unsigned>(std::stoul(line));
+      char blk[8];
+      std::snprintf(blk, sizeof blk, "%05u", n);
+      const Packet* p = n == kPackets ? c.stream.back() : c.stream[std::min<std::size_t>(n - 1, c.stream.size() - 2)];
+      if (p != &eh) {
+        EXPECT_EQ(line, blk + (p == &fd ? fd_line : dt_line));
+      }
+      EXPECT_GT(n, last);
+      last = n;
+    }
+    EXPECT_EQ(last, kPackets);  // the last packet's line stands at the end
+    EXPECT_LT(lines, kPackets / 2);  // would take 75 s of drawing at 20 lines a second
   }
-  EXPECT_EQ(last, kPackets);  // the last packet's line stands at the end
-  EXPECT_LT(lines, kPackets / 2);  // would take 75 s of drawing at 20 lines a second
 }
 
 }  // namespace
