@@ -2,6 +2,7 @@
 # Reproduces the reliability probes and prints one line per probe with its figures:
 #   units     65,536 packets each from another unit ID: time and peak memory (and the growth from 8k)
 #   events    2,000 open events x 16 channels: peak memory
+#   wide      one event of 40 channels written at once in full Steim-2 packets: peak memory
 #   memory    out of memory under ulimit -v: the exit status (40 or 255, never a crash)
 #   full      output on a full 1 MB tmpfs (root only, skipped otherwise): status 22 naming the file
 #   links     links planted in the output directory (lm_asc, lm_mseed): refused, the outside unchanged
@@ -41,6 +42,11 @@ done
 fresh
 read -r st secs kb < <(measure e.pkt out -VN -Q+)
 echo "events 2000 x 16: status $st, $secs s, peak $((kb / 1024)) MB"
+
+"$bin/lm_probegen" wide 40 w.pkt
+fresh
+read -r st secs kb < <(measure w.pkt out)
+echo "wide 40 channels: status $st, $secs s, peak $((kb * 10 / 1024 / 10)).$((kb * 10 / 1024 % 10)) MB"
 
 "$bin/lm_probegen" units 8192 u8.pkt
 for limit in 400000 20000 14000; do

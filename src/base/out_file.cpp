@@ -14,20 +14,40 @@ namespace lm {
 namespace {
 
 // Buffers of closed files wait here for the next open, so re-opening costs no allocation; the
-// pool stays small, since the open files at any time are few.
+// pools stay small, since the open files at any time are few. Large buffers (kCapacity) number at
+// most kLargeMax, pooled or in use: files opened past them get small ones.
 constexpr std::size_t kPoolMax = 8;
-char* g_pool[kPoolMax];
-std::size_t g_pooled = 0;
+constexpr std::size_t kLargeMax = 8;
+struct Pool {
+  char* buf[kPoolMax];
+  std::size_t n = 0;
+};
+Pool g_small, g_large;
+std::size_t g_large_made = 0;
 
-char* take_buffer() {
-  if (g_pooled > 0) return g_pool[--g_pooled];
-  return new (std::nothrow) char[OutFile::kCapacity + OutFile::kComposeRoom];
+char* take_buffer(std::size_t& cap) {
+  if (g_large.n > 0 || g_large_made < kLargeMax) {
+    cap = OutFile::kCapacity;
+    if (g_large.n > 0) return g_large.buf[--g_large.n];
+    char* buf = new (std::nothrow) char[OutFile::kCapacity + OutFile::kComposeRoom];
+    g_large_made += buf != nullptr;
+    return buf;
+  }
+  cap = OutFile::kSmallCapacity;
+  if (g_small.n > 0) return g_small.buf[--g_small.n];
+  return new (std::nothrow) char[OutFile::kSmallCapacity + OutFile::kComposeRoom];
 }
 
-void give_back(char* buf) {
+void give_back(char* buf, std::size_t cap) {
   if (!buf) return;
-  if (g_pooled < kPoolMax) g_pool[g_pooled++] = buf;
-  else delete[] buf;
+  const bool large = cap == OutFile::kCapacity;
+  Pool& pool = large ? g_large : g_small;
+  if (pool.n < kPoolMax) {
+    pool.buf[pool.n++] = buf;
+    return;
+  }
+  delete[] buf;
+  g_large_made -= large;
 }
 
 }  // namespace
@@ -40,7 +60,7 @@ bool OutFile::open(const char* path, std::size_t root, const char* mode) {
   if (!fp_) return false;
   path_ = path;
   len_ = 0;
-  buf_ = take_buffer();
+  buf_ = take_buffer(cap_);
   if (!buf_) {
     drop();
     shut_down(40, path);
@@ -56,7 +76,7 @@ void OutFile::close() {
   std::FILE* fp = fp_;
   fp_ = nullptr;
   if (std::fclose(fp) != 0) fail();
-  give_back(buf_);
+  give_back(buf_, cap_);
   buf_ = nullptr;
 }
 
@@ -68,7 +88,7 @@ void OutFile::close_quietly() {
 void OutFile::drop() {
   if (fp_) std::fclose(fp_);
   fp_ = nullptr;
-  give_back(buf_);
+  give_back(buf_, cap_);
   buf_ = nullptr;
   len_ = 0;
 }
@@ -88,10 +108,10 @@ void OutFile::flush() {
 
 void OutFile::write(const char* data, std::size_t n) {
   if (!fp_) return;
-  if (n > kCapacity - len_) {
+  if (n > cap_ - len_) {
     flush();
     if (!fp_) return;
-    if (n >= kCapacity) {
+    if (n >= cap_) {
       if (std::fwrite(data, 1, n, fp_) != n) fail();
       return;
     }
@@ -102,7 +122,7 @@ void OutFile::write(const char* data, std::size_t n) {
 
 void OutFile::commit(std::size_t n) {
   if (!fp_) return;
-  if (n <= kCapacity - len_) {
+  if (n <= cap_ - len_) {
     len_ += n;
     return;
   }
@@ -110,7 +130,7 @@ void OutFile::commit(std::size_t n) {
   const std::size_t at = len_;
   flush();
   if (!fp_) return;
-  if (n >= kCapacity) {
+  if (n >= cap_) {
     if (std::fwrite(buf_ + at, 1, n, fp_) != n) fail();
     return;
   }
@@ -124,7 +144,7 @@ void OutFile::printf(const char* fmt, ...) {
   va_start(ap, fmt);
   va_list again;
   va_copy(again, ap);
-  const std::size_t room = kCapacity - len_;
+  const std::size_t room = cap_ - len_;
   const int n = std::vsnprintf(buf_ + len_, room, fmt, ap);
   va_end(ap);
   if (n >= 0 && static_cast<std::size_t>(n) < room) {

@@ -12,8 +12,11 @@ namespace lm {
 // write, flush, seek and close is checked: a failure ends the run with the write error.
 class OutFile {
  public:
-  // 64 KiB a write: at half that, the kernel's cost per call was 3 % of a conversion's processor time.
+  // A buffer's capacity: kCapacity for the first few files open at a time, kSmallCapacity past them,
+  // so that memory stays bounded with many files open. 64 KiB a write: at half that, the kernel's cost
+  // per call was 3 % of a conversion's processor time.
   static constexpr std::size_t kCapacity = 64 * 1024;
+  static constexpr std::size_t kSmallCapacity = 32 * 1024;
   // Room past the capacity for a piece composed in place (a packet's sample lines).
   static constexpr std::size_t kComposeRoom = 8 * 1024;
 
@@ -39,14 +42,14 @@ class OutFile {
   void write(std::string_view s) { write(s.data(), s.size()); }
   void put(char c) {
     if (!fp_) return;
-    if (len_ == kCapacity) flush();
+    if (len_ == cap_) flush();
     buf_[len_++] = c;
   }
   void printf(const char* fmt, ...) __attribute__((format(printf, 2, 3)));
   // Where a piece of at most `most` bytes can be made in place, or null when the file is not open
   // or the buffer has not that much room left (the piece is then made elsewhere and given to
   // write()); commit(n) writes its first n bytes as write() would have.
-  char* compose(std::size_t most) { return fp_ && most <= kCapacity + kComposeRoom - len_ ? buf_ + len_ : nullptr; }
+  char* compose(std::size_t most) { return fp_ && most <= cap_ + kComposeRoom - len_ ? buf_ + len_ : nullptr; }
   void commit(std::size_t n);
 
   void flush();
@@ -66,6 +69,7 @@ class OutFile {
 
   std::FILE* fp_ = nullptr;
   char* buf_ = nullptr;
+  std::size_t cap_ = 0;
   std::size_t len_ = 0;
   const char* path_ = nullptr;
 };
