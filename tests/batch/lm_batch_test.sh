@@ -120,6 +120,21 @@ expect "--resume completes the interrupted batch" grep -q "^lm_batch: 3 of 3 fil
 expect "--resume reran only the interrupted job" test "$(tail -n +2 out2/.lm_batch/joblog | cut -f1 | sort | tr '\n' ' ')" = "1 2 3 "
 for rel in 1.pkt 2.pkt hang.pkt; do expect "outputs of $rel after the interrupt" same_outputs "ref/$rel" "out2/$rel"; done
 
+# A job ended between making its folder and marking it as the batch's own (a mkdir that sends TERM to its
+# job's shell once the folder stands): --resume must still complete the batch.
+mkdir -p stop
+cat >stop/mkdir <<'EOF'
+#!/bin/bash
+/usr/bin/mkdir "$@" || exit
+[[ ${!#} == */hang.pkt ]] && kill -TERM "$PPID"
+exit 0
+EOF
+chmod +x stop/mkdir
+PATH=$PWD/stop:$PATH bin/lm_batch -j 2 slow out_stop >stop1.txt
+bin/lm_batch --resume slow out_stop >stop2.txt
+expect "a job ended as its folder was made: --resume completes the batch" grep -q "^lm_batch: 3 of 3 files converted" stop2.txt
+expect "outputs of hang.pkt after its job ended early" same_outputs ref/hang.pkt out_stop/hang.pkt
+
 # Jobs on another host: ssh replaced by a command that runs them here in a clean login environment, so the
 # job must travel whole to the "remote" shell.
 cat >bin/ssh <<'EOF'
