@@ -110,7 +110,8 @@ for sig in INT TERM; do
   fresh
   "$bin/lm_asc" long.pkt out -VN >o.txt &
   pid=$!
-  sleep 0.3
+  # Once a tenth of the events have their files: a fixed delay would outlast the whole run on a fast machine.
+  for _ in $(seq 1000); do (($(ls out | wc -l) >= 150)) && break; sleep 0.01; done
   kill -$sig $pid
   wait $pid
   st=$?
