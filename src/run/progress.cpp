@@ -14,6 +14,7 @@ Progress::Progress() : tty_(isatty(fileno(stdout)) != 0) {}
 
 namespace {
 
+// By hand: redirected, a line comes with nearly every packet.
 std::size_t dt_text(const DtLine& l, char* line) {
   char* p = put_dec_min(put_text(line, "\r"), l.blk, 5);
   p = put_hex(put_text(p, "       DT      "), l.unit, 4);

@@ -148,12 +148,15 @@ TEST(Spine, OnATerminalProgressIsThinnedAndEndsWithTheLastPacket) {
   struct Case {
     const char* name;
     std::vector<const Packet*> stream;  // packet i + 1 is stream[min(i, size - 2)], the last is stream.back()
-  } cases[] = {{"plain lines", {&fd, &fd}}, {"DT lines", {&eh, &dt, &dt}}, {"DT lines, then a plain one", {&eh, &dt, &fd}}};
+  } cases[] = {{"plain lines", {&fd, &fd}},
+               {"DT lines", {&eh, &dt, &dt}},
+               {"DT lines, then a plain one", {&eh, &dt, &fd}}};
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     TempDir tmp;
     std::vector<Packet> pkts;
-    for (unsigned i = 0; i + 1 < kPackets; ++i) pkts.push_back(*c.stream[std::min<std::size_t>(i, c.stream.size() - 2)]);
+    for (unsigned i = 0; i + 1 < kPackets; ++i)
+      pkts.push_back(*c.stream[std::min<std::size_t>(i, c.stream.size() - 2)]);
     pkts.push_back(*c.stream.back());
     e2e::write_packets(tmp / "in.pkt", pkts);
     e2e::Child child = e2e::start({"in.pkt", "-LN", "-S0"}, tmp.str(), nullptr, {}, true);
@@ -163,7 +166,6 @@ TEST(Spine, OnATerminalProgressIsThinnedAndEndsWithTheLastPacket) {
     ASSERT_TRUE(rest.starts_with(kVerboseStart + "\r") && rest.ends_with("\r\n")) << rest.substr(0, 200);
     std::istringstream drawn(rest.substr(kVerboseStart.size() + 1, rest.size() - kVerboseStart.size() - 3));
     unsigned lines = 0, last = 0;
-    std::string last_line;
     for (std::string line; std::getline(drawn, line, '\r'); ++lines) {
       const auto n = static_cast<unsigned>(std::stoul(line));
       char blk[8];
