@@ -41,25 +41,26 @@ struct Fields {
   std::uint32_t milli;
 };
 
-// The fields of `time`. Sixteen plain digits, as every undamaged packet gives, are read by position
-// (once per data packet); any other text field by field, each as far as its leading number goes.
+// The fields, each read by the one number reader from the text `field` gives for its slice.
+template <class Field>
+Fields fields_of(Field field) {
+  auto u16 = [&](TimeText::Slice s) { return static_cast<std::uint16_t>(int_or_0(field(s))); };
+  const auto milli = static_cast<std::uint32_t>(int_or_0(field(TimeText::kMilli)));
+  return {u16(TimeText::kYear),   u16(TimeText::kDay),    u16(TimeText::kHour),
+          u16(TimeText::kMinute), u16(TimeText::kSecond), milli};
+}
+
+// The fields of `time`. Sixteen plain digits, as every undamaged packet gives, are read in place
+// (once per data packet); any other text through a copy whose fields end where the text does.
 Fields read_fields(const char* time) {
   int n = 0;
   while (n < kTimeLen && time[n] >= '0' && time[n] <= '9') ++n;
   if (n == kTimeLen) {
-    auto num = [time](TimeText::Slice s) {
-      std::uint32_t v = 0;
-      for (int i = s.at; i < s.at + s.len; ++i) v = v * 10 + static_cast<std::uint32_t>(time[i] - '0');
-      return v;
-    };
-    return {static_cast<std::uint16_t>(num(TimeText::kYear)),   static_cast<std::uint16_t>(num(TimeText::kDay)),
-            static_cast<std::uint16_t>(num(TimeText::kHour)),   static_cast<std::uint16_t>(num(TimeText::kMinute)),
-            static_cast<std::uint16_t>(num(TimeText::kSecond)), num(TimeText::kMilli)};
+    return fields_of(
+        [time](TimeText::Slice s) { return std::string_view(time + s.at, static_cast<std::size_t>(s.len)); });
   }
   const TimeText t(time);
-  auto num = [&t](TimeText::Slice s) { return static_cast<std::uint16_t>(t.number(s)); };
-  return {num(TimeText::kYear),   num(TimeText::kDay),    num(TimeText::kHour),
-          num(TimeText::kMinute), num(TimeText::kSecond), static_cast<std::uint32_t>(t.number(TimeText::kMilli))};
+  return fields_of([&t](TimeText::Slice s) { return t.field(s); });
 }
 
 }  // namespace
